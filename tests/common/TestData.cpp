@@ -1,0 +1,58 @@
+// Shared test helpers.
+#include "tests/common/TestData.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include <zol/runtime/LogSystem.h>
+
+namespace zoltest {
+
+std::string DataPath(const std::string& relative) {
+    return std::string(ZOL_TEST_DATA) + "/" + relative;
+}
+
+bool HasData() {
+    struct stat st;
+    return stat(ZOL_TEST_DATA, &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+std::string ScratchPath(const std::string& name) {
+    const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    std::string prefix =
+        info ? std::string(info->test_suite_name()) + "_" + info->name() : "scratch";
+    std::replace(prefix.begin(), prefix.end(), '/', '_');
+    return prefix + "_" + name;
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream out;
+    out << in.rdbuf();
+    return out.str();
+}
+
+std::vector<std::string> ReadLines(const std::string& path) {
+    std::ifstream in(path);
+    std::vector<std::string> lines;
+    std::string line;
+    while (std::getline(in, line)) lines.push_back(line);
+    return lines;
+}
+
+LogCapture::LogCapture() : mPath(ScratchPath("log.txt")) { ZOL::LogSystem::SetLogFileName(mPath); }
+
+LogCapture::~LogCapture() { ZOL::LogSystem::SetLogFileName("tracklog.txt"); }
+
+std::vector<std::string> LogCapture::Lines() const { return ReadLines(mPath); }
+
+bool LogCapture::Contains(const std::string& line) const {
+    const std::vector<std::string> lines = Lines();
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
+}  // namespace zoltest

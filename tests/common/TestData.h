@@ -1,0 +1,35 @@
+// Shared helpers of the test suite: paths of the real data, scratch files and
+// reading back the log.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zoltest {
+
+/// Path of a file under the shared real-data folder (e.g. "bunny/bun000.ply").
+std::string DataPath(const std::string& relative);
+/// True when the shared data folder is present.
+bool HasData();
+/// A fresh path in the test's scratch directory (not created).
+std::string ScratchPath(const std::string& name);
+/// Whole file as bytes; empty when it cannot be read.
+std::string ReadFile(const std::string& path);
+/// Lines of a text file without their line ends.
+std::vector<std::string> ReadLines(const std::string& path);
+
+/// Points the library log at a file of its own for the life of this object, and
+/// reads its lines back.
+class LogCapture {
+public:
+    LogCapture();
+    ~LogCapture();
+    std::vector<std::string> Lines() const;
+    /// True when some line equals \p line exactly.
+    bool Contains(const std::string& line) const;
+
+private:
+    std::string mPath;
+};
+
+}  // namespace zoltest

@@ -1,0 +1,29 @@
+// The log file: opened truncated, one flushed line per message.
+#include <zol/runtime/LogSystem.h>
+
+#include <utility>
+
+namespace ZOL {
+
+LogSystem* LogSystem::mpLogSystem = nullptr;
+
+LogSystem::LogSystem(std::string fileName) : mStream(fileName, std::ios::out | std::ios::trunc) {}
+
+LogSystem::~LogSystem() { mStream.close(); }
+
+LogSystem* LogSystem::Get() {
+    if (mpLogSystem == nullptr) {
+        mpLogSystem = new LogSystem("tracklog.txt");
+    }
+    return mpLogSystem;
+}
+
+std::basic_ofstream<char>& LogSystem::GetOFStream() { return mStream; }
+
+void LogSystem::SetLogFileName(std::string fileName) {
+    delete mpLogSystem;
+    mpLogSystem = nullptr;
+    mpLogSystem = new LogSystem(std::move(fileName));
+}
+
+}  // namespace ZOL

@@ -1,0 +1,15 @@
+// The whole public API of zolc2017.
+#pragma once
+
+// Runtime frame: export macro, constants and status codes, progress, threads, log, timing
+#include <zol/runtime/ApiProgress.h>
+#include <zol/runtime/Constants.h>
+#include <zol/runtime/Export.h>
+#include <zol/runtime/LogSystem.h>
+#include <zol/runtime/Profiler.h>
+#include <zol/runtime/ThreadCount.h>
+
+// Core data model: value types
+#include <zol/core/Color4.h>
+#include <zol/core/Vector2.h>
+#include <zol/core/Vector3.h>
