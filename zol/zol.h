@@ -11,5 +11,6 @@
 
 // Core data model: value types
 #include <zol/core/Color4.h>
+#include <zol/core/ITriMesh.h>
 #include <zol/core/Vector2.h>
 #include <zol/core/Vector3.h>
