@@ -19,3 +19,4 @@
 #include <zol/core/MeshType.h>
 #include <zol/core/RecordPool.h>
 #include <zol/core/TriMesh.h>
+#include <zol/core/TriMeshInfo.h>
