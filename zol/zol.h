@@ -16,7 +16,10 @@
 
 // Core data model: triangle meshes
 #include <zol/core/ITriMesh.h>
+#include <zol/core/ITriangleList.h>
 #include <zol/core/MeshType.h>
 #include <zol/core/RecordPool.h>
+#include <zol/core/SubTriMesh.h>
 #include <zol/core/TriMesh.h>
 #include <zol/core/TriMeshInfo.h>
+#include <zol/core/TriangleList.h>
