@@ -18,6 +18,7 @@
 #include <zol/core/ITriMesh.h>
 #include <zol/core/ITriangleList.h>
 #include <zol/core/MeshType.h>
+#include <zol/core/MeshUtility.h>
 #include <zol/core/RecordPool.h>
 #include <zol/core/SubTriMesh.h>
 #include <zol/core/TriMesh.h>

@@ -120,9 +120,9 @@ void SubTriMesh::SetTriangleNormal(int triangleId, const Vector3& normal) {
 }
 
 int SubTriMesh::InsertTriangle(int vertexId0, int vertexId1, int vertexId2) {
-    LogLine(
-        "SubTriMesh::InsertTriangle: Please do not use SubTriMesh here. SubTriMesh is not "
-        "compatiable with this API");
+    // clang-format off
+    LogLine("SubTriMesh::InsertTriangle: Please do not use SubTriMesh here. SubTriMesh is not compatiable with this API");
+    // clang-format on
     if (mpParent == nullptr || !InView(vertexId0) || !InView(vertexId1) || !InView(vertexId2)) {
         return -1;
     }
@@ -132,9 +132,9 @@ int SubTriMesh::InsertTriangle(int vertexId0, int vertexId1, int vertexId2) {
 }
 
 int SubTriMesh::InsertVertex(const Vector3& coord) {
-    LogLine(
-        "SubTriMesh::InsertVertex: Please do not use SubTriMesh here. SubTriMesh is not "
-        "compatiable with this API");
+    // clang-format off
+    LogLine("SubTriMesh::InsertVertex: Please do not use SubTriMesh here. SubTriMesh is not compatiable with this API");
+    // clang-format on
     if (mpParent == nullptr) return -1;
     const int parentId = mpParent->InsertVertex(coord);
     if (parentId >= static_cast<int>(mParentToView.size())) {
@@ -146,33 +146,33 @@ int SubTriMesh::InsertVertex(const Vector3& coord) {
 }
 
 void SubTriMesh::SwapVertex(int, int) {
-    LogLine(
-        "SubTriMesh::SwapVertex: Please do not use SubTriMesh here. SubTriMesh is not "
-        "compatiable with this API");
+    // clang-format off
+    LogLine("SubTriMesh::SwapVertex: Please do not use SubTriMesh here. SubTriMesh is not compatiable with this API");
+    // clang-format on
 }
 
 void SubTriMesh::PopbackVertices(int) {
-    LogLine(
-        "SubTriMesh::PopbackVertices: Please do not use SubTriMesh here. SubTriMesh is not "
-        "compatiable with this API");
+    // clang-format off
+    LogLine("SubTriMesh::PopbackVertices: Please do not use SubTriMesh here. SubTriMesh is not compatiable with this API");
+    // clang-format on
 }
 
 void SubTriMesh::SwapTriangles(int, int) {
-    LogLine(
-        "SubTriMesh::SwapTriangles: Please do not use SubTriMesh here. SubTriMesh is not "
-        "compatiable with this API");
+    // clang-format off
+    LogLine("SubTriMesh::SwapTriangles: Please do not use SubTriMesh here. SubTriMesh is not compatiable with this API");
+    // clang-format on
 }
 
 void SubTriMesh::PopbackTriangles(int) {
-    LogLine(
-        "SubTriMesh::PopbackTriangles: Please do not use SubTriMesh here. SubTriMesh is not "
-        "compatiable with this API");
+    // clang-format off
+    LogLine("SubTriMesh::PopbackTriangles: Please do not use SubTriMesh here. SubTriMesh is not compatiable with this API");
+    // clang-format on
 }
 
 void SubTriMesh::UpdateNormal() {
-    LogLine(
-        "SubTriMesh::UpdateNormal(): Please do not use SubTriMesh here. SubTriMesh is not "
-        "compatiable with this API");
+    // clang-format off
+    LogLine("SubTriMesh::UpdateNormal(): Please do not use SubTriMesh here. SubTriMesh is not compatiable with this API");
+    // clang-format on
 }
 
 void SubTriMesh::Clear() {

@@ -1,0 +1,188 @@
+// Free mesh utilities: copy, deletion of vertices and triangles with renumbering,
+// isolated vertices, bounding box, average edge length, and their failures.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include <zol/core/MeshUtility.h>
+#include <zol/core/SubTriMesh.h>
+#include <zol/core/TriMesh.h>
+
+#include "tests/common/MeshFactory.h"
+#include "tests/common/TestData.h"
+
+using namespace ZOL;
+
+namespace {
+
+using Triple = std::array<double, 9>;
+
+// Triangles as coordinate triples, each rotated to start at its smallest corner (keeps
+// orientation), sorted: equal for meshes that differ only in numbering.
+std::vector<Triple> Geometry(TriMesh& mesh) {
+    std::vector<Triple> result;
+    for (int t = 0; t < mesh.GetTriangleCount(); ++t) {
+        const int* ids = mesh.GetTriangleVertexIdsRef(t);
+        std::array<Vector3, 3> p = {mesh.GetVertexCoord(ids[0]), mesh.GetVertexCoord(ids[1]),
+                                    mesh.GetVertexCoord(ids[2])};
+        const auto lexLess = [](const Vector3& a, const Vector3& b) {
+            return std::tie(a.x, a.y, a.z) < std::tie(b.x, b.y, b.z);
+        };
+        std::rotate(p.begin(), std::min_element(p.begin(), p.end(), lexLess), p.end());
+        result.push_back({p[0].x, p[0].y, p[0].z, p[1].x, p[1].y, p[1].z, p[2].x, p[2].y, p[2].z});
+    }
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
+std::vector<Triple> GeometryWithout(TriMesh mesh, const std::vector<int>& triangles) {
+    std::vector<Triple> all = Geometry(mesh);
+    TriMesh only;
+    for (int v = 0; v < mesh.GetVertexCount(); ++v) only.InsertVertex(mesh.GetVertexCoord(v));
+    for (int t = 0; t < mesh.GetTriangleCount(); ++t) {
+        if (std::find(triangles.begin(), triangles.end(), t) != triangles.end()) continue;
+        const int* ids = mesh.GetTriangleVertexIdsRef(t);
+        only.InsertTriangle(ids[0], ids[1], ids[2]);
+    }
+    return Geometry(only);
+}
+
+}  // namespace
+
+TEST(MeshUtility, CopyTriMeshMakesAnIndependentCopy) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    cube.SetHasVertexColor(true);
+    cube.SetVertexColor(2, Vector3(0, 1, 0));
+    TriMesh copy = zoltest::MakeSphere(6, 3, 1.0);
+    ASSERT_EQ(CopyTriMesh(&cube, &copy), 0);
+    EXPECT_EQ(Geometry(copy), Geometry(cube));
+    EXPECT_EQ(copy.GetVertexColor(2).y, 1.0);
+    copy.SetVertexCoord(0, Vector3(5, 5, 5));
+    EXPECT_EQ(cube.GetVertexCoord(0).x, 0.0);
+    EXPECT_EQ(CopyTriMesh(&cube, &cube), 0);
+    EXPECT_EQ(cube.GetVertexCount(), 8);
+}
+
+TEST(MeshUtility, CopyTriMeshReadsAnyITriMesh) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    SubTriMesh top(&cube, std::vector<int>{2, 3}, BUILD_SUBTRIMESH_BY_TRIANGLE);
+    TriMesh copy;
+    ASSERT_EQ(CopyTriMesh(&top, &copy), 0);
+    ASSERT_EQ(copy.GetVertexCount(), 4);
+    ASSERT_EQ(copy.GetTriangleCount(), 2);
+    for (int v = 0; v < 4; ++v) {
+        EXPECT_EQ(copy.GetVertexCoord(v).z, 1.0);
+        EXPECT_EQ(copy.GetVertexNormal(v).x, cube.GetVertexNormal(v + 4).x);
+    }
+    EXPECT_EQ(copy.GetTriangleNormal(1).z, 1.0);
+    EXPECT_EQ(Geometry(copy), GeometryWithout(cube, {0, 1, 4, 5, 6, 7, 8, 9, 10, 11}));
+}
+
+TEST(MeshUtility, DeleteVerticesRemovesTheirTrianglesAndRenumbersCorners) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    cube.InsertVertex(Vector3(3, 3, 3));  // isolated vertex 8
+    cube.SetHasVertexColor(true);
+    for (int v = 0; v < 9; ++v) cube.SetVertexColor(v, cube.GetVertexCoord(v) * 0.25);
+    const TriMesh original(cube);
+
+    ASSERT_EQ(DeleteTriMeshVertices(&cube, {0, 6, 0, -3, 42}), 0);
+    EXPECT_EQ(cube.GetVertexCount(), 7);
+    // Vertex 0 is in triangles 0, 4, 8; vertex 6 in 2, 3, 6, 7, 9.
+    EXPECT_EQ(Geometry(cube), GeometryWithout(original, {0, 2, 3, 4, 6, 7, 8, 9}));
+    for (int v = 0; v < cube.GetVertexCount(); ++v) {
+        const Vector3 p = cube.GetVertexCoord(v);
+        EXPECT_FALSE(p.x == 0 && p.y == 0 && p.z == 0);
+        EXPECT_FALSE(p.x == 0 && p.y == 1 && p.z == 1);
+        EXPECT_EQ(cube.GetVertexColor(v).x, p.x * 0.25);
+        EXPECT_EQ(cube.GetVertexColor(v).z, p.z * 0.25);
+    }
+
+    ASSERT_EQ(DeleteTriMeshVertices(&cube, {}), 0);
+    EXPECT_EQ(cube.GetVertexCount(), 7);
+    std::vector<int> all(7);
+    for (int v = 0; v < 7; ++v) all[v] = v;
+    ASSERT_EQ(DeleteTriMeshVertices(&cube, all), 0);
+    EXPECT_EQ(cube.GetVertexCount(), 0);
+    EXPECT_EQ(cube.GetTriangleCount(), 0);
+}
+
+TEST(MeshUtility, DeleteTrianglesKeepsTheOthersAndEveryVertex) {
+    TriMesh sphere = zoltest::MakeSphere(10, 6, 1.0);
+    const TriMesh original(sphere);
+    const std::vector<int> doomed = {0, 5, 99, 5, 98, 1, 97, -1, 1000};
+    ASSERT_EQ(DeleteTriMeshTriangles(&sphere, doomed), 0);
+    EXPECT_EQ(sphere.GetTriangleCount(), 100 - 6);
+    EXPECT_EQ(sphere.GetVertexCount(), original.GetVertexCount());
+    EXPECT_EQ(Geometry(sphere), GeometryWithout(original, doomed));
+}
+
+TEST(MeshUtility, FindIsolatedVerticesListsUnusedVerticesAscending) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    cube.InsertVertex(Vector3(4, 4, 4));
+    std::vector<int> isolated = {77};
+    ASSERT_EQ(FindIsolatedVertices(&cube, &isolated), 0);
+    EXPECT_EQ(isolated, std::vector<int>{8});
+    // Removing the triangles of the z = 1 face and the side faces frees no vertex: the bottom
+    // keeps 0-3, but 4-7 lose all their triangles.
+    ASSERT_EQ(DeleteTriMeshTriangles(&cube, {2, 3, 4, 5, 6, 7, 8, 9, 10, 11}), 0);
+    ASSERT_EQ(FindIsolatedVertices(&cube, &isolated), 0);
+    EXPECT_EQ(isolated, (std::vector<int>{4, 5, 6, 7, 8}));
+}
+
+TEST(MeshUtility, BoundingBoxAndAverageEdgeLengthOfKnownShapes) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    cube.SetVertexCoord(7, Vector3(2, 3, 4));
+    Vector3 lo, hi;
+    ASSERT_EQ(CalculateTriMeshBoundingBox(&cube, &lo, &hi), 0);
+    EXPECT_EQ(std::vector<double>({lo.x, lo.y, lo.z, hi.x, hi.y, hi.z}),
+              std::vector<double>({0, 0, 0, 2, 3, 4}));
+
+    TriMesh unit = zoltest::MakeUnitCube();
+    double average = 0;
+    ASSERT_EQ(CalculateTriMeshAverageEdgeLength(&unit, &average), 0);
+    EXPECT_DOUBLE_EQ(average, (2.0 + std::sqrt(2.0)) / 3.0);
+    TriMesh grid = zoltest::MakeGrid(4, 3, 0.5);
+    ASSERT_EQ(CalculateTriMeshAverageEdgeLength(&grid, &average), 0);
+    EXPECT_DOUBLE_EQ(average, 0.5 * (2.0 + std::sqrt(2.0)) / 3.0);
+}
+
+TEST(MeshUtility, BadArgumentsLogOneLineAndReturnMinusTwo) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    TriMesh empty;
+    Vector3 v;
+    double d = 0;
+    zoltest::LogCapture log;
+    const struct {
+        int status;
+        std::string line;
+    } cases[] = {
+        {CopyTriMesh(nullptr, &cube), "CopyTriMesh: fromMesh == NULL || toMesh == NULL"},
+        {CopyTriMesh(&cube, nullptr), "CopyTriMesh: fromMesh == NULL || toMesh == NULL"},
+        {DeleteTriMeshVertices(nullptr, {0}), "DeleteTriMeshVertices: triMesh == NULL"},
+        {DeleteTriMeshTriangles(nullptr, {0}), "DeleteTriMeshTriangles: triMesh == NULL"},
+        {FindIsolatedVertices(&cube, nullptr),
+         "FindIsolatedVertices: triMesh == NULL || isolatedIds == NULL"},
+        {CalculateTriMeshBoundingBox(nullptr, &v, &v),
+         "CalculateTriMeshBoundingBox: triMesh == NULL"},
+        {CalculateTriMeshBoundingBox(&cube, &v, nullptr),
+         "CalculateTriMeshBoundingBox: bboxMin == NULL || bboxMax == NULL"},
+        {CalculateTriMeshBoundingBox(&empty, &v, &v),
+         "CalculateTriMeshBoundingBox: vertexCount < 1"},
+        {CalculateTriMeshAverageEdgeLength(nullptr, &d),
+         "CalculateTriMeshAverageEdgeLength: triMesh == NULL"},
+        {CalculateTriMeshAverageEdgeLength(&cube, nullptr),
+         "CalculateTriMeshAverageEdgeLength: averageLength == NULL"},
+        {CalculateTriMeshAverageEdgeLength(&empty, &d),
+         "CalculateTriMeshAverageEdgeLength: triangleCount < 1"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.status, -2) << c.line;
+    std::vector<std::string> expected;
+    for (const auto& c : cases) expected.push_back(c.line);
+    EXPECT_EQ(log.Lines(), expected);
+    EXPECT_EQ(cube.GetVertexCount(), 8);
+    EXPECT_EQ(cube.GetTriangleCount(), 12);
+}

@@ -1,0 +1,53 @@
+// Free utilities on any ITriMesh: copying, deleting vertices and triangles (by
+// swap-to-end and pop-back), finding isolated vertices, bounding box and edge length.
+#pragma once
+
+#include <vector>
+
+#include <zol/core/ITriMesh.h>
+#include <zol/core/Vector3.h>
+#include <zol/runtime/Export.h>
+
+namespace ZOL {
+
+/// Replaces the content of \p toMesh by the vertices (coordinate, normal) and triangles
+/// (corners, normal) of \p fromMesh. Between two TriMesh objects it is a deep copy that
+/// also carries attribute arrays, flags, default colour and mesh type. Copying a mesh
+/// onto itself does nothing.
+/// \return 0; -2 when either mesh is null (logged, nothing changed).
+ZOL_API int CopyTriMesh(ITriMesh* fromMesh, ITriMesh* toMesh);
+
+/// Deletes the listed vertices and every triangle that uses one of them. Survivors are
+/// moved into the freed slots (swap-to-end then pop-back, so vertex order is not kept)
+/// and triangle corners are renumbered to follow them.
+/// \param[in] deleteIndex vertex ids; duplicates and ids outside the mesh are ignored.
+/// \return 0; -2 when triMesh is null (logged).
+ZOL_API int DeleteTriMeshVertices(ITriMesh* triMesh, const std::vector<int>& deleteIndex);
+
+/// Deletes the listed triangles by swap-to-end then pop-back; vertices are kept (they may
+/// become isolated).
+/// \param[in] deleteIndex triangle ids; duplicates and ids outside the mesh are ignored.
+/// \return 0; -2 when triMesh is null (logged).
+ZOL_API int DeleteTriMeshTriangles(ITriMesh* triMesh, const std::vector<int>& deleteIndex);
+
+/// Lists the vertices used by no triangle, ascending.
+/// \param[out] isolatedIds cleared first.
+/// \return 0; -2 when triMesh or isolatedIds is null (logged).
+ZOL_API int FindIsolatedVertices(ITriMesh* triMesh, std::vector<int>* isolatedIds);
+
+/// Axis-aligned bounding box of all vertices (isolated ones included).
+/// \param[out] bboxMin smallest x, y, z.
+/// \param[out] bboxMax largest x, y, z.
+/// \return 0; -2 when triMesh is null, an output is null, or the mesh has no vertex
+/// (checked in this order, logged).
+ZOL_API int CalculateTriMeshBoundingBox(ITriMesh* triMesh, Vector3* bboxMin, Vector3* bboxMax);
+
+/// Mean length of the triangle sides: every triangle contributes its three sides, so an
+/// edge shared by two triangles counts twice (on a closed mesh this equals the mean over
+/// distinct edges).
+/// \param[out] averageLength in the unit of the coordinates.
+/// \return 0; -2 when triMesh is null, averageLength is null, or the mesh has no
+/// triangle (checked in this order, logged).
+ZOL_API int CalculateTriMeshAverageEdgeLength(ITriMesh* triMesh, double* averageLength);
+
+}  // namespace ZOL
