@@ -303,6 +303,11 @@ TEST(TriMesh, FuseVertexWeldsACubeSoup) {
     EXPECT_EQ(Corners(soup, 0), (std::vector<int>{0, 1, 2}));
     soup.UpdateNormal();
     for (int i = 0; i < 8; ++i) EXPECT_NEAR(soup.GetVertexNormal(i).Length(), 1.0, 1e-12);
+    // The welded mesh stays editable.
+    EXPECT_EQ(soup.InsertVertex(Vector3(2, 2, 2)), 8);
+    EXPECT_EQ(soup.InsertTriangle(7, 8, 6), 12);
+    ExpectVec(soup.GetVertexCoord(7), Vector3(1, 1, 1));
+    EXPECT_EQ(Corners(soup, 12), (std::vector<int>{7, 8, 6}));
 }
 
 TEST(TriMesh, FuseVertexDropsTrianglesThatCollapseAndKeepsAttributes) {

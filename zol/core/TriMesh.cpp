@@ -57,6 +57,25 @@ void TriMesh::FreeRecords() {
     mTrianglePool.Release();
 }
 
+void TriMesh::RepackRecords() {
+    // Fresh chunks in index order: frees the slots of removed records and restores the
+    // contiguity that index-order loops rely on.
+    RecordPool<VertexRecord> vertexPool;
+    for (VertexRecord*& record : mVertices) {
+        VertexRecord* fresh = vertexPool.Allocate();
+        *fresh = *record;
+        record = fresh;
+    }
+    mVertexPool = std::move(vertexPool);
+    RecordPool<TriangleRecord> trianglePool;
+    for (TriangleRecord*& record : mTriangles) {
+        TriangleRecord* fresh = trianglePool.Allocate();
+        *fresh = *record;
+        record = fresh;
+    }
+    mTrianglePool = std::move(trianglePool);
+}
+
 void TriMesh::CopyFrom(const TriMesh& other) {
     FreeRecords();
     // Records are copied in index order into fresh chunks, so the copy is contiguous even

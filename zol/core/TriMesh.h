@@ -183,6 +183,7 @@ private:
     void CopyFrom(const TriMesh& other);
     void MoveFrom(TriMesh& other) noexcept;
     void FreeRecords();
+    void RepackRecords();
 
     MeshType mMeshType;
     std::vector<VertexRecord*> mVertices;

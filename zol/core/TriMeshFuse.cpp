@@ -79,11 +79,7 @@ int TriMesh::FuseVertex() {
     // Survivors get ascending new indices, so the compaction can run in place.
     size_t write = 0;
     for (size_t i = 0; i < vertexCount; ++i) {
-        if (survivor[i]) {
-            mVertices[write++] = mVertices[i];
-        } else {
-            mVertexPool.Free(mVertices[i]);
-        }
+        if (survivor[i]) mVertices[write++] = mVertices[i];
     }
     mVertices.resize(write);
     CompactEntries(mVertexColors, survivor, 1);
@@ -96,9 +92,7 @@ int TriMesh::FuseVertex() {
         TriangleRecord* triangle = mTriangles[t];
         int* ids = triangle->vertexIds;
         for (int k = 0; k < 3; ++k) ids[k] = remap[ids[k]];
-        if (ids[0] == ids[1] || ids[1] == ids[2] || ids[2] == ids[0]) {
-            mTrianglePool.Free(triangle);
-        } else {
+        if (ids[0] != ids[1] && ids[1] != ids[2] && ids[2] != ids[0]) {
             keepTriangle[t] = 1;
             mTriangles[write++] = triangle;
         }
@@ -106,6 +100,8 @@ int TriMesh::FuseVertex() {
     mTriangles.resize(write);
     CompactEntries(mTriangleColors, keepTriangle, 3);
     CompactEntries(mTriangleTexcoords, keepTriangle, 3);
+    // Dropped records are not handed back one by one: repacking releases their chunks.
+    if (mVertices.size() < vertexCount || mTriangles.size() < triangleCount) RepackRecords();
     return RESULT_OK;
 }
 
