@@ -11,6 +11,12 @@
 
 // Core data model: value types
 #include <zol/core/Color4.h>
-#include <zol/core/ITriMesh.h>
 #include <zol/core/Vector2.h>
 #include <zol/core/Vector3.h>
+
+// Core data model: triangle meshes
+#include <zol/core/ITriMesh.h>
+#include <zol/core/MeshType.h>
+#include <zol/core/RecordPool.h>
+#include <zol/core/TriMesh.h>
+#include <zol/core/TriMeshInfo.h>
