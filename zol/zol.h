@@ -11,6 +11,12 @@
 
 // Core data model: value types
 #include <zol/core/Color4.h>
+#include <zol/core/ImageColorId.h>
+#include <zol/core/Matrix4x4.h>
+#include <zol/core/Obb.h>
+#include <zol/core/Plane3.h>
+#include <zol/core/PointOnEdge.h>
+#include <zol/core/PointOnFace.h>
 #include <zol/core/Vector2.h>
 #include <zol/core/Vector3.h>
 
