@@ -26,3 +26,10 @@
 #include <zol/core/RecordPool.h>
 #include <zol/core/TriMesh.h>
 #include <zol/core/TriMeshInfo.h>
+
+// Mesh processing: measurement and triangle queries
+#include <zol/mesh/MeasureMesh.h>
+#include <zol/mesh/MeshQueryTool.h>
+
+// Shape detection: primitive fits and tangent-face selection
+#include <zol/shape/DetectShape.h>
