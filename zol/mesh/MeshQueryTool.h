@@ -30,8 +30,9 @@ public:
     /// earlier tree, and stores the status (see _GetInitializedStatus).
     /// \param[in] referenceMesh the mesh; only read, not owned.
     /// \return 0; -1 for a null mesh (logged, earlier tree kept) or a mesh without
-    ///         triangles; the eigen solver's code when a box cannot be computed
-    ///         (non-finite coordinates; logged).
+    ///         triangles; -2 for a triangle naming a vertex out of range; the eigen
+    ///         solver's code when a box cannot be computed (non-finite coordinates).
+    ///         Each failure is logged.
     int Init(const ITriMesh* referenceMesh);
 
     /// Not provided by this library. \return -8 (RESULT_NOT_AVAILABLE).
