@@ -20,3 +20,6 @@
 #include <zol/core/RecordPool.h>
 #include <zol/core/TriMesh.h>
 #include <zol/core/TriMeshInfo.h>
+
+// File exchange: mesh files and POV-Ray scene fragments
+#include <zol/io/Parser.h>
