@@ -165,9 +165,12 @@ TEST(TextScan, TokensAreSeparatedByBlanksTabsAndLineEnds) {
     EXPECT_EQ(got, (std::vector<std::string>{"v", "1.0", "2.0", "3"}));
 }
 
-TEST(TextScan, MissingFileIsReportedAndDirectoryIsNotContent) {
-    std::string content = "stale";
-    EXPECT_FALSE(ReadWholeFile("no_such_dir/no_such_file.obj", content));
-    EXPECT_TRUE(content.empty());
-    EXPECT_FALSE(ReadWholeFile(".", content));
+TEST(TextScan, WholeFileIsReadAndMissingFileOrDirectoryIsNot) {
+    FileContent content;
+    ASSERT_TRUE(content.Read(ZOL_TEST_DATA "/formats/off/2triangles.off"));
+    EXPECT_EQ(content.size(), 98u);
+    EXPECT_EQ(content.View().substr(0, 4), "OFF\n");
+    EXPECT_FALSE(content.Read("no_such_dir/no_such_file.obj"));
+    EXPECT_EQ(content.size(), 0u);
+    EXPECT_FALSE(content.Read("."));
 }

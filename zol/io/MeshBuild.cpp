@@ -9,41 +9,32 @@
 
 namespace ZOL {
 
-TriMesh* BuildTriMesh(MeshData& data, const char* reader, int indexBase) {
-    const int vertexCount = static_cast<int>(data.coords.size());
-    for (const int corner : data.corners) {
-        if (corner < 0 || corner >= vertexCount) {
-            LogLine(reader, ": invalid vertex index: ", static_cast<long long>(corner) + indexBase);
-            return nullptr;
-        }
-    }
-    const int triangleCount = static_cast<int>(data.corners.size() / 3);
-    const bool withNormals = data.normals.size() == data.coords.size();
-
-    std::unique_ptr<TriMesh> mesh(new TriMesh());
-    mesh->Reserve(vertexCount, triangleCount);
-    for (int i = 0; i < vertexCount; ++i) {
-        if (withNormals) {
-            mesh->InsertVertex(data.coords[i], data.normals[i]);
-        } else {
-            mesh->InsertVertex(data.coords[i]);
-        }
-    }
+TriMesh* MeshData::Finish(const char* reader, int indexBase) {
+    const int vertexCount = mMesh->GetVertexCount();
+    const int triangleCount = mMesh->GetTriangleCount();
     for (int t = 0; t < triangleCount; ++t) {
-        mesh->InsertTriangle(data.corners[3 * t], data.corners[3 * t + 1], data.corners[3 * t + 2]);
+        const int* ids = mMesh->GetTriangleVertexIdsRef(t);
+        for (int k = 0; k < 3; ++k) {
+            if (ids[k] < 0 || ids[k] >= vertexCount) {
+                LogLine(reader,
+                        ": invalid vertex index: ", static_cast<long long>(ids[k]) + indexBase);
+                return nullptr;
+            }
+        }
     }
-    if (data.hasVertexColor && data.colors.size() == data.coords.size()) {
-        mesh->SetHasVertexColor(true);
-        for (int i = 0; i < vertexCount; ++i) mesh->SetVertexColor(i, data.colors[i]);
+    if (hasVertexColor && colors.size() == static_cast<std::size_t>(vertexCount)) {
+        mMesh->SetHasVertexColor(true);
+        for (int i = 0; i < vertexCount; ++i) mMesh->SetVertexColor(i, colors[i]);
     }
-    if (data.hasTriangleTexCoord && data.cornerTexcoords.size() == data.corners.size()) {
-        mesh->SetHasTriangleTexCoord(true);
+    if (hasTriangleTexCoord &&
+        cornerTexcoords.size() == 3 * static_cast<std::size_t>(triangleCount)) {
+        mMesh->SetHasTriangleTexCoord(true);
         for (int t = 0; t < triangleCount; ++t) {
             for (int k = 0; k < 3; ++k)
-                mesh->SetTriangleTexcoord(t, k, data.cornerTexcoords[3 * t + k]);
+                mMesh->SetTriangleTexcoord(t, k, cornerTexcoords[3 * t + k]);
         }
     }
-    return mesh.release();
+    return mMesh.release();
 }
 
 int FinishWrite(FileWriter& writer, const char* writerName) {

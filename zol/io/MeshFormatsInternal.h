@@ -4,18 +4,18 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <zol/core/TriMesh.h>
 #include <zol/core/Vector3.h>
 #include <zol/runtime/LogInternal.h>
 
 namespace ZOL {
 
-class ITriMesh;
-class TriMesh;
 class FileWriter;
 
 // Readers: a new mesh, or null after one log line.
@@ -37,22 +37,39 @@ int ExportMeshByZPT(const std::string& fileName, const TriMesh* triMesh);
 /// count n at byte 80, or one of the 128 bytes after the count is 128 or above.
 bool IsBinaryStl(std::string_view content);
 
-/// What a reader collected, before any mesh is made.
-struct MeshData {
-    std::vector<Vector3> coords;
-    std::vector<int> corners;              ///< three vertex indices per triangle
-    std::vector<Vector3> normals;          ///< empty, or one per vertex
-    std::vector<Vector3> colors;           ///< empty, or one per vertex
-    std::vector<Vector3> cornerTexcoords;  ///< empty, or three per triangle
+/// What a reader builds: the mesh itself, filled as the file is parsed, and the
+/// attributes that are only attached once the whole file has been read.
+class MeshData {
+public:
+    MeshData() : mMesh(new TriMesh()) {}
+
+    /// Reserves room; \p vertices and \p triangles must already be capped (CappedReserve).
+    void Reserve(std::size_t vertices, std::size_t triangles) {
+        mMesh->Reserve(static_cast<int>(vertices), static_cast<int>(triangles));
+    }
+    int VertexCount() const { return mMesh->GetVertexCount(); }
+    int TriangleCount() const { return mMesh->GetTriangleCount(); }
+    void AddVertex(const Vector3& coord) { mMesh->InsertVertex(coord); }
+    void AddVertex(const Vector3& coord, const Vector3& normal) {
+        mMesh->InsertVertex(coord, normal);
+    }
+    /// Corners are checked in Finish, when every vertex is known.
+    void AddTriangle(int a, int b, int c) { mMesh->InsertTriangle(a, b, c); }
+
+    /// Checks that every triangle corner names a vertex, else logs
+    /// "<reader>: invalid vertex index: <i>" with the index as written in the file (file
+    /// index = stored index + \p indexBase). Then attaches the attributes.
+    /// \return the mesh, now owned by the caller, or null after the log line.
+    TriMesh* Finish(const char* reader, int indexBase);
+
+    std::vector<Vector3> colors;           ///< one per vertex when hasVertexColor
+    std::vector<Vector3> cornerTexcoords;  ///< three per triangle when hasTriangleTexCoord
     bool hasVertexColor = false;
     bool hasTriangleTexCoord = false;
-};
 
-/// Makes the mesh from \p data, moving out of it. Every triangle corner must name a
-/// vertex; the first that does not logs "<reader>: invalid vertex index: <i>" with the
-/// index as written in the file (file index = stored index + \p indexBase).
-/// \return the new mesh, or null after the log line.
-TriMesh* BuildTriMesh(MeshData& data, const char* reader, int indexBase);
+private:
+    std::unique_ptr<TriMesh> mMesh;
+};
 
 /// Runs \p read and turns a failed allocation (a file larger than memory) into a null
 /// result with the line "<reader>: out of memory".

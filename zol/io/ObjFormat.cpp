@@ -24,7 +24,7 @@ struct Corner {
 };
 
 int OneBasedToIndex(std::string_view text) {
-    const long long index = static_cast<long long>(ParseInt(text)) - 1;
+    const long long index = static_cast<long long>(ParseIndex(text)) - 1;
     return index < INT_MIN ? INT_MIN : static_cast<int>(index);
 }
 
@@ -55,21 +55,21 @@ void CountObjItems(std::string_view text, std::size_t& vertices, std::size_t& fa
 }
 
 TriMesh* ReadObj(const std::string& fileName) {
-    std::string content;
-    if (!ReadWholeFile(fileName, content)) {
+    FileContent content;
+    if (!content.Read(fileName)) {
         LogLine("Failed to open file: ", fileName);
         return nullptr;
     }
     MeshData data;
     std::size_t vertexHint, faceHint;
-    CountObjItems(content, vertexHint, faceHint);
-    data.coords.reserve(vertexHint);
-    data.corners.reserve(3 * faceHint);
+    CountObjItems(content.View(), vertexHint, faceHint);
+    data.Reserve(CappedReserve(vertexHint, content.size(), 2),
+                 CappedReserve(faceHint, content.size(), 2));
 
     std::vector<Vector3> colors;
     std::vector<Vector3> texcoords;
     std::vector<int> cornerTexIds;  // three per triangle once any face has texture ids
-    LineCursor lines(content, kObjLineMax);
+    LineCursor lines(content.View(), kObjLineMax);
     std::string_view line;
     std::string_view token;
     while (lines.Next(line)) {
@@ -79,7 +79,7 @@ TriMesh* ReadObj(const std::string& fileName) {
             double values[6] = {0, 0, 0, 0, 0, 0};
             int count = 0;
             while (count < 6 && tokens.Next(token)) values[count++] = ParseDouble(token);
-            data.coords.emplace_back(values[0], values[1], values[2]);
+            data.AddVertex(Vector3(values[0], values[1], values[2]));
             if (count == 6) colors.emplace_back(values[3], values[4], values[5]);
         } else if (line[0] == 'v' && line[1] == 't') {
             TokenCursor tokens(line.substr(2));
@@ -93,8 +93,8 @@ TriMesh* ReadObj(const std::string& fileName) {
             int count = 0;
             while (count < 3 && tokens.Next(token)) corners[count++] = ParseCorner(token);
             if (count < 3) continue;  // a face of one or two corners has no triangle
-            const int triangle = static_cast<int>(data.corners.size() / 3);
-            for (const Corner& c : corners) data.corners.push_back(c.vertex);
+            const int triangle = data.TriangleCount();
+            data.AddTriangle(corners[0].vertex, corners[1].vertex, corners[2].vertex);
             const int texCount = static_cast<int>(texcoords.size());
             if (corners[0].texcoord >= 0 && corners[0].texcoord < texCount) {
                 data.hasTriangleTexCoord = true;
@@ -106,18 +106,18 @@ TriMesh* ReadObj(const std::string& fileName) {
             }
         }
     }
-    if (!colors.empty() && colors.size() == data.coords.size()) {
+    if (!colors.empty() && colors.size() == static_cast<std::size_t>(data.VertexCount())) {
         data.hasVertexColor = true;
         data.colors = std::move(colors);
     }
     if (data.hasTriangleTexCoord) {
-        cornerTexIds.resize(data.corners.size(), -1);
-        data.cornerTexcoords.resize(data.corners.size());
+        cornerTexIds.resize(3 * static_cast<std::size_t>(data.TriangleCount()), -1);
+        data.cornerTexcoords.resize(cornerTexIds.size());
         for (std::size_t k = 0; k < cornerTexIds.size(); ++k) {
             if (cornerTexIds[k] >= 0) data.cornerTexcoords[k] = texcoords[cornerTexIds[k]];
         }
     }
-    return BuildTriMesh(data, "ImportMeshByOBJ", 1);
+    return data.Finish("ImportMeshByOBJ", 1);
 }
 
 }  // namespace

@@ -13,8 +13,8 @@ namespace {
 constexpr std::size_t kLineMax = 511;
 
 TriMesh* ReadOff(const std::string& fileName) {
-    std::string content;
-    if (!ReadWholeFile(fileName, content)) {
+    FileContent content;
+    if (!content.Read(fileName)) {
         LogLine("Failed to open file: ", fileName);
         return nullptr;
     }
@@ -43,8 +43,7 @@ TriMesh* ReadOff(const std::string& fileName) {
 
     MeshData data;
     const std::size_t bytes = lines.Rest().size();
-    data.coords.reserve(CappedReserve(vertexCount, bytes, 6));
-    data.corners.reserve(3 * CappedReserve(faceCount, bytes, 8));
+    data.Reserve(CappedReserve(vertexCount, bytes, 6), CappedReserve(faceCount, bytes, 8));
     std::string_view line, token;
     for (int i = 0; i < vertexCount; ++i) {
         if (!lines.Next(line)) {
@@ -55,7 +54,7 @@ TriMesh* ReadOff(const std::string& fileName) {
         double xyz[3];
         int count = 0;
         while (count < 3 && tokens.Next(token)) xyz[count++] = ParseDouble(token);
-        if (count == 3) data.coords.emplace_back(xyz[0], xyz[1], xyz[2]);
+        if (count == 3) data.AddVertex(Vector3(xyz[0], xyz[1], xyz[2]));
     }
     for (int f = 0; f < faceCount; ++f) {
         if (!lines.Next(line)) {
@@ -66,10 +65,10 @@ TriMesh* ReadOff(const std::string& fileName) {
         tokens.Skip();  // the corner count; only the first three corners are used
         int ids[3];
         int count = 0;
-        while (count < 3 && tokens.Next(token)) ids[count++] = ParseInt(token);
-        if (count == 3) data.corners.insert(data.corners.end(), ids, ids + 3);
+        while (count < 3 && tokens.Next(token)) ids[count++] = ParseIndex(token);
+        if (count == 3) data.AddTriangle(ids[0], ids[1], ids[2]);
     }
-    return BuildTriMesh(data, "ImportMeshByOFF", 0);
+    return data.Finish("ImportMeshByOFF", 0);
 }
 
 }  // namespace

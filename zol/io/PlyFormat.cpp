@@ -24,12 +24,12 @@ std::string_view From(std::string_view line, std::size_t position) {
 }
 
 TriMesh* ReadPly(const std::string& fileName) {
-    std::string content;
-    if (!ReadWholeFile(fileName, content)) {
+    FileContent content;
+    if (!content.Read(fileName)) {
         LogLine("Failed to open file: ", fileName);
         return nullptr;
     }
-    LineCursor lines(content, kLineMax);
+    LineCursor lines(content.View(), kLineMax);
     std::string_view line, token;
     int vertexCount = 0;
     int faceCount = 0;
@@ -61,9 +61,8 @@ TriMesh* ReadPly(const std::string& fileName) {
 
     MeshData data;
     const std::size_t bytes = lines.Rest().size();
-    data.coords.reserve(CappedReserve(vertexCount, bytes, 6));
-    if (hasColor) data.colors.reserve(data.coords.capacity());
-    data.corners.reserve(3 * CappedReserve(faceCount, bytes, 8));
+    data.Reserve(CappedReserve(vertexCount, bytes, 6), CappedReserve(faceCount, bytes, 8));
+    if (hasColor) data.colors.reserve(CappedReserve(vertexCount, bytes, 6));
     for (int i = 0; i < vertexCount; ++i) {
         if (!lines.Next(line)) {
             LogLine("ImportMeshByPLY: unexpected end of file in vertex ", i);
@@ -72,10 +71,10 @@ TriMesh* ReadPly(const std::string& fileName) {
         TokenCursor tokens(line);
         double xyz[3] = {0, 0, 0};
         for (int k = 0; k < 3 && tokens.Next(token); ++k) xyz[k] = ParseDouble(token);
-        data.coords.emplace_back(xyz[0], xyz[1], xyz[2]);
+        data.AddVertex(Vector3(xyz[0], xyz[1], xyz[2]));
         if (hasColor) {
             int rgb[3] = {0, 0, 0};
-            for (int k = 0; k < 3 && tokens.Next(token); ++k) rgb[k] = ParseInt(token);
+            for (int k = 0; k < 3 && tokens.Next(token); ++k) rgb[k] = ParseIndex(token);
             data.colors.emplace_back(rgb[0] / 255.0, rgb[1] / 255.0, rgb[2] / 255.0);
         }
     }
@@ -89,10 +88,10 @@ TriMesh* ReadPly(const std::string& fileName) {
         tokens.Skip();  // the corner count; only the first three corners are used
         int ids[3];
         int count = 0;
-        while (count < 3 && tokens.Next(token)) ids[count++] = ParseInt(token);
-        if (count == 3) data.corners.insert(data.corners.end(), ids, ids + 3);
+        while (count < 3 && tokens.Next(token)) ids[count++] = ParseIndex(token);
+        if (count == 3) data.AddTriangle(ids[0], ids[1], ids[2]);
     }
-    return BuildTriMesh(data, "ImportMeshByPLY", 0);
+    return data.Finish("ImportMeshByPLY", 0);
 }
 
 // Colour components 0..1 become 0..255 by truncation; out-of-range values are held to

@@ -57,18 +57,18 @@ TriMesh* ReadBinaryStl(std::string_view content) {
         return nullptr;
     }
     MeshData data;
-    data.coords.resize(std::size_t(3) * faceCount);
-    data.corners.resize(std::size_t(3) * faceCount);
+    data.Reserve(std::size_t(3) * faceCount, faceCount);
     const char* record = content.data() + kHeaderSize + 4;
     for (std::size_t f = 0; f < faceCount; ++f, record += kRecordSize) {
         // The stored normal (first 12 bytes) and the attribute (last 2) are not used.
         for (std::size_t k = 0; k < 3; ++k) {
             const char* v = record + 12 + 12 * k;
-            data.coords[3 * f + k].SetValue(ReadFloatLE(v), ReadFloatLE(v + 4), ReadFloatLE(v + 8));
-            data.corners[3 * f + k] = static_cast<int>(3 * f + k);
+            data.AddVertex(Vector3(ReadFloatLE(v), ReadFloatLE(v + 4), ReadFloatLE(v + 8)));
         }
+        const int first = static_cast<int>(3 * f);
+        data.AddTriangle(first, first + 1, first + 2);
     }
-    return BuildTriMesh(data, "ImportMeshBySTL", 0);
+    return data.Finish("ImportMeshBySTL", 0);
 }
 
 // Reads three single-precision numbers as "%f %f %f" would. \return false when one
@@ -91,8 +91,7 @@ TriMesh* ReadAsciiStl(std::string_view content) {
                                                           : content.substr(firstEnd + 1));
     MeshData data;
     // A facet takes some 250 bytes of text; this sizes the arrays once for usual files.
-    data.coords.reserve(content.size() / 80);
-    data.corners.reserve(content.size() / 80);
+    data.Reserve(content.size() / 80, content.size() / 240);
     Vector3 value;
     for (;;) {
         if (!tokens.Skip() || !tokens.Skip() || !NextFloats(tokens, value)) break;
@@ -100,31 +99,69 @@ TriMesh* ReadAsciiStl(std::string_view content) {
         tokens.Skip();
         for (int k = 0; k < 3; ++k) {
             if (!tokens.Skip() || !NextFloats(tokens, value)) {
-                LogLine("ImportMeshBySTL:: incomplete facet in asic: ", data.corners.size() / 3);
+                LogLine("ImportMeshBySTL:: incomplete facet in asic: ", data.TriangleCount());
                 return nullptr;
             }
-            data.corners.push_back(static_cast<int>(data.coords.size()));
-            data.coords.push_back(value);
+            data.AddVertex(value);
         }
+        const int first = data.VertexCount() - 3;
+        data.AddTriangle(first, first + 1, first + 2);
         tokens.Skip();
         tokens.Skip();
     }
-    if (data.corners.empty()) {
+    if (data.TriangleCount() == 0) {
         LogLine("ImportMeshBySTL:: invalid faceCount: ", 0);
         return nullptr;
     }
-    return BuildTriMesh(data, "ImportMeshBySTL", 0);
+    return data.Finish("ImportMeshBySTL", 0);
 }
 
 TriMesh* ReadStl(const std::string& fileName) {
-    std::string content;
-    if (!ReadWholeFile(fileName, content)) {
+    FileContent content;
+    if (!content.Read(fileName)) {
         // An unreadable file passes the kind test as text (no byte of it is 128 or
         // above), so it is the text reader's open that fails.
         LogLine("ImportMeshBySTL:: open failed in asic");
         return nullptr;
     }
     return IsBinaryStl(content) ? ReadBinaryStl(content) : ReadAsciiStl(content);
+}
+
+constexpr int kAllIndicesValid = INT_MIN;
+
+// Writes the 50-byte record of every triangle.
+// \return kAllIndicesValid, or the first corner index that names no vertex.
+template <typename Mesh>
+int WriteStlRecords(FileWriter& out, Mesh& mesh) {
+    // Narrow every vertex once instead of once per incident triangle.
+    const int vertexCount = mesh.GetVertexCount();
+    std::vector<float> coords(3 * static_cast<std::size_t>(vertexCount));
+    for (int i = 0; i < vertexCount; ++i) {
+        const Vector3 p = mesh.GetVertexCoord(i);
+        coords[3 * i] = static_cast<float>(p.x);
+        coords[3 * i + 1] = static_cast<float>(p.y);
+        coords[3 * i + 2] = static_cast<float>(p.z);
+    }
+    const int triangleCount = mesh.GetTriangleCount();
+    int ids[3];
+    for (int t = 0; t < triangleCount; ++t) {
+        mesh.GetTriangleVertexIds(t, ids);
+        const Vector3 n = mesh.GetTriangleNormal(t);
+        char* const record = out.Claim(kRecordSize);
+        char* p = WriteFloatLE(record, static_cast<float>(n.x));
+        p = WriteFloatLE(p, static_cast<float>(n.y));
+        p = WriteFloatLE(p, static_cast<float>(n.z));
+        for (const int id : ids) {
+            if (id < 0 || id >= vertexCount) return id;
+            const float* v = &coords[3 * static_cast<std::size_t>(id)];
+            p = WriteFloatLE(p, v[0]);
+            p = WriteFloatLE(p, v[1]);
+            p = WriteFloatLE(p, v[2]);
+        }
+        p[0] = p[1] = 0;
+        out.Commit(kRecordSize);
+    }
+    return kAllIndicesValid;
 }
 
 }  // namespace
@@ -154,43 +191,18 @@ int ExportMeshBySTL2Binary(const std::string& fileName, const ITriMesh* triMesh)
     if (!out.IsOpen()) {
         return LogFailure(RESULT_INVALID_INPUT, "ExportMeshBySTL2Binary: file could not open");
     }
-    ITriMesh* mesh = const_cast<ITriMesh*>(triMesh);
     char header[kHeaderSize + 4] = {};
     std::memcpy(header, kHeaderText, sizeof kHeaderText - 1);
-    const int triangleCount = mesh->GetTriangleCount();
-    WriteUint32LE(header + kHeaderSize, static_cast<std::uint32_t>(triangleCount));
+    WriteUint32LE(header + kHeaderSize, static_cast<std::uint32_t>(triMesh->GetTriangleCount()));
     out.PutBytes(header, sizeof header);
-
-    // Narrow every vertex once instead of once per incident triangle.
-    const int vertexCount = mesh->GetVertexCount();
-    std::vector<float> coords(3 * static_cast<std::size_t>(vertexCount));
-    for (int i = 0; i < vertexCount; ++i) {
-        const Vector3 p = mesh->GetVertexCoord(i);
-        coords[3 * i] = static_cast<float>(p.x);
-        coords[3 * i + 1] = static_cast<float>(p.y);
-        coords[3 * i + 2] = static_cast<float>(p.z);
-    }
-    char record[kRecordSize];
-    int ids[3];
-    for (int t = 0; t < triangleCount; ++t) {
-        const Vector3 n = mesh->GetTriangleNormal(t);
-        char* p = WriteFloatLE(record, static_cast<float>(n.x));
-        p = WriteFloatLE(p, static_cast<float>(n.y));
-        p = WriteFloatLE(p, static_cast<float>(n.z));
-        mesh->GetTriangleVertexIds(t, ids);
-        for (const int id : ids) {
-            if (id < 0 || id >= vertexCount) {
-                out.Close();
-                return LogFailure(RESULT_INVALID_INPUT,
-                                  "ExportMeshBySTL2Binary: invalid vertex index: ", id);
-            }
-            const float* v = &coords[3 * static_cast<std::size_t>(id)];
-            p = WriteFloatLE(p, v[0]);
-            p = WriteFloatLE(p, v[1]);
-            p = WriteFloatLE(p, v[2]);
-        }
-        p[0] = p[1] = 0;
-        out.PutBytes(record, kRecordSize);
+    // Our own mesh is read without virtual calls; TriMesh is final.
+    TriMesh* own = dynamic_cast<TriMesh*>(const_cast<ITriMesh*>(triMesh));
+    const int badIndex = own != nullptr ? WriteStlRecords(out, *own)
+                                        : WriteStlRecords(out, *const_cast<ITriMesh*>(triMesh));
+    if (badIndex != kAllIndicesValid) {
+        out.Close();
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "ExportMeshBySTL2Binary: invalid vertex index: ", badIndex);
     }
     return FinishWrite(out, "ExportMeshBySTL2Binary");
 }

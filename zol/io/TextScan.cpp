@@ -107,34 +107,43 @@ Int ParseIntegerPrefix(std::string_view text) {
 
 }  // namespace
 
-bool ReadWholeFile(const std::string& fileName, std::string& content) {
-    content.clear();
+bool FileContent::Read(const std::string& fileName) {
+    mData.reset();
+    mSize = 0;
     std::FILE* file = std::fopen(fileName.c_str(), "rb");
     if (file == nullptr) return false;
     // The size is only a hint for one allocation; the loop reads to the real end, so
     // files that change size or do not seek are read correctly too.
-    std::size_t hint = 0;
+    std::size_t capacity = 0;
     if (std::fseek(file, 0, SEEK_END) == 0) {
         const long size = std::ftell(file);
-        if (size > 0) hint = static_cast<std::size_t>(size);
+        if (size > 0) capacity = static_cast<std::size_t>(size);
         std::fseek(file, 0, SEEK_SET);
     }
     bool ok = true;
     try {
-        content.resize(hint + 1);
+        capacity += 1;  // one more byte so that the end of file is seen without regrowing
+        std::unique_ptr<char[]> data(new char[capacity]);
         std::size_t used = 0;
         for (;;) {
-            if (used == content.size()) content.resize(content.size() * 2);
-            const std::size_t got = std::fread(&content[used], 1, content.size() - used, file);
+            if (used == capacity) {
+                std::unique_ptr<char[]> larger(new char[2 * capacity]);
+                std::memcpy(larger.get(), data.get(), used);
+                data = std::move(larger);
+                capacity *= 2;
+            }
+            const std::size_t got = std::fread(data.get() + used, 1, capacity - used, file);
             used += got;
             if (got == 0) break;
         }
         ok = std::ferror(file) == 0;
-        content.resize(ok ? used : 0);
+        if (ok) {
+            mData = std::move(data);
+            mSize = used;
+        }
     } catch (const std::exception&) {
         // Out of memory, or a size hint that is no size (a directory reports one).
         ok = false;
-        content = std::string();
     }
     std::fclose(file);
     return ok;

@@ -5,14 +5,27 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
 namespace ZOL {
 
-/// Reads the whole file \p fileName (binary, no line-end translation) into \p content.
-/// \return false when the file cannot be opened or read; \p content is then empty.
-bool ReadWholeFile(const std::string& fileName, std::string& content);
+/// The bytes of a whole file, read with one call and without line-end translation.
+/// The buffer is not zero-filled first: for large meshes that pass costs as much as
+/// the read.
+class FileContent {
+public:
+    /// Reads \p fileName. \return false when it cannot be opened or read (content empty).
+    bool Read(const std::string& fileName);
+    std::string_view View() const { return std::string_view(mData.get(), mSize); }
+    operator std::string_view() const { return View(); }
+    std::size_t size() const { return mSize; }
+
+private:
+    std::unique_ptr<char[]> mData;
+    std::size_t mSize = 0;
+};
 
 /// True for the blank characters that separate tokens on a line.
 inline bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f'; }
@@ -83,6 +96,22 @@ inline double ParseDouble(std::string_view text) {
 /// Like atoi: the leading integer of \p text, 0 when there is none; values beyond the
 /// range of int are clamped to it instead of overflowing.
 int ParseInt(std::string_view text);
+/// ParseInt with a fast path for the common case, an unsigned number of up to nine
+/// digits (indices and counts), which cannot overflow.
+inline int ParseIndex(std::string_view text) {
+    const std::size_t n = text.size() < 9 ? text.size() : 9;
+    unsigned value = 0;
+    std::size_t i = 0;
+    for (; i < n; ++i) {
+        const unsigned digit = static_cast<unsigned>(text[i] - '0');
+        if (digit > 9) break;
+        value = value * 10 + digit;
+    }
+    if (i > 0 && (i == text.size() || static_cast<unsigned>(text[i] - '0') > 9)) {
+        return static_cast<int>(value);
+    }
+    return ParseInt(text);
+}
 /// The same for a 64-bit result, clamped to its range.
 std::int64_t ParseInt64(std::string_view text);
 

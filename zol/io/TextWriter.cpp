@@ -13,10 +13,6 @@ char* FormatReal(char* first, double value) {
     return std::to_chars(first, first + kNumberTextMax, value, std::chars_format::general, 6).ptr;
 }
 
-char* FormatInt(char* first, std::int64_t value) {
-    return std::to_chars(first, first + kNumberTextMax, value).ptr;
-}
-
 FileWriter::FileWriter(const std::string& fileName)
     : mpFile(std::fopen(fileName.c_str(), "wb")),
       mpBuffer(mpFile != nullptr ? new char[kCapacity] : nullptr) {}

@@ -4,6 +4,7 @@
 // the host has set.
 #pragma once
 
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -21,7 +22,9 @@ inline constexpr std::size_t kNumberTextMax = 32;
 /// \return one past the last character written.
 char* FormatReal(char* first, double value);
 /// Writes \p value in decimal. \return one past the last character written.
-char* FormatInt(char* first, std::int64_t value);
+inline char* FormatInt(char* first, std::int64_t value) {
+    return std::to_chars(first, first + kNumberTextMax, value).ptr;
+}
 
 /// Buffered writer of one file, opened for writing in binary mode so that "\n" stays
 /// one byte on every platform.
@@ -50,6 +53,13 @@ public:
         mUsed = FormatInt(mpBuffer.get() + mUsed, value) - mpBuffer.get();
     }
     void PutBytes(const void* data, std::size_t size);
+    /// Room for \p size bytes (at most 64 KiB) to be filled in place; Commit() then
+    /// takes them into the file.
+    char* Claim(std::size_t size) {
+        Reserve(size);
+        return mpBuffer.get() + mUsed;
+    }
+    void Commit(std::size_t size) { mUsed += size; }
     /// Three numbers separated by \p separator.
     void PutReals(double a, double b, double c, std::string_view separator) {
         PutReal(a);

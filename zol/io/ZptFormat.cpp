@@ -28,12 +28,12 @@ bool ReadLineValues(LineCursor& lines, Number* values, int count, Parse parse) {
 }
 
 TriMesh* ReadZpt(const std::string& fileName) {
-    std::string content;
-    if (!ReadWholeFile(fileName, content)) {
+    FileContent content;
+    if (!content.Read(fileName)) {
         LogLine("ImportMeshByZPT failed: can not open file: ", fileName);
         return nullptr;
     }
-    LineCursor lines(content, kLineMax);
+    LineCursor lines(content.View(), kLineMax);
     int counts[4] = {0, 0, 0, 0};
     ReadLineValues(lines, counts, 4, ParseInt);
     if (counts[0] != 1) {
@@ -50,9 +50,8 @@ TriMesh* ReadZpt(const std::string& fileName) {
     }
     const std::size_t bytes = lines.Rest().size();
     MeshData data;
-    data.coords.reserve(CappedReserve(vertexCount, bytes, 18));
-    data.normals.reserve(data.coords.capacity());
-    data.colors.reserve(data.coords.capacity());
+    data.Reserve(CappedReserve(vertexCount, bytes, 18), CappedReserve(triangleCount, bytes, 6));
+    data.colors.reserve(CappedReserve(vertexCount, bytes, 18));
     data.hasVertexColor = true;
     double v[9];
     for (int i = 0; i < vertexCount; ++i) {
@@ -60,18 +59,16 @@ TriMesh* ReadZpt(const std::string& fileName) {
             LogLine("ImportMeshByZPT: unexpected end of file in vertex ", i);
             return nullptr;
         }
-        data.coords.emplace_back(v[0], v[1], v[2]);
-        data.normals.emplace_back(v[3], v[4], v[5]);
+        data.AddVertex(Vector3(v[0], v[1], v[2]), Vector3(v[3], v[4], v[5]));
         data.colors.emplace_back(v[6], v[7], v[8]);
     }
-    data.corners.reserve(3 * CappedReserve(triangleCount, lines.Rest().size(), 6));
     for (int t = 0; t < triangleCount; ++t) {
         int ids[3] = {-1, -1, -1};
-        if (!ReadLineValues(lines, ids, 3, ParseInt)) {
+        if (!ReadLineValues(lines, ids, 3, ParseIndex)) {
             LogLine("ImportMeshByZPT: unexpected end of file in triangle ", t);
             return nullptr;
         }
-        data.corners.insert(data.corners.end(), ids, ids + 3);
+        data.AddTriangle(ids[0], ids[1], ids[2]);
     }
     if (texCoordCount >= 1) {
         std::vector<Vector3> texcoords;
@@ -85,10 +82,10 @@ TriMesh* ReadZpt(const std::string& fileName) {
             texcoords.emplace_back(uvw[0], uvw[1], uvw[2]);
         }
         data.hasTriangleTexCoord = true;
-        data.cornerTexcoords.resize(data.corners.size());
+        data.cornerTexcoords.resize(3 * static_cast<std::size_t>(triangleCount));
         for (int t = 0; t < triangleCount; ++t) {
             int ids[3] = {-1, -1, -1};
-            if (!ReadLineValues(lines, ids, 3, ParseInt)) {
+            if (!ReadLineValues(lines, ids, 3, ParseIndex)) {
                 LogLine("ImportMeshByZPT: unexpected end of file in texture indices ", t);
                 return nullptr;
             }
@@ -101,7 +98,7 @@ TriMesh* ReadZpt(const std::string& fileName) {
             }
         }
     }
-    return BuildTriMesh(data, "ImportMeshByZPT", 0);
+    return data.Finish("ImportMeshByZPT", 0);
 }
 
 }  // namespace
