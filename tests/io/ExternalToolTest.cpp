@@ -6,7 +6,6 @@
 #include <unistd.h>
 #include <cstdlib>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 #include <zol/core/TriMesh.h>
@@ -47,9 +46,13 @@ int RunTool(const std::string& command, std::string& output) {
 
 // The first integer after \p label in \p text, or -1.
 long NumberAfter(const std::string& text, const std::string& label) {
-    std::smatch match;
-    if (!std::regex_search(text, match, std::regex(label + "\\s*:?\\s*(\\d+)"))) return -1;
-    return std::stol(match[1]);
+    const std::size_t at = text.find(label);
+    if (at == std::string::npos) return -1;
+    const std::size_t digits = text.find_first_of("0123456789", at + label.size());
+    if (digits == std::string::npos) return -1;
+    // Only blanks and a colon may stand between the label and its number.
+    if (text.find_first_not_of(" \t:", at + label.size()) != digits) return -1;
+    return std::atol(text.c_str() + digits);
 }
 
 }  // namespace

@@ -5,8 +5,10 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <stdexcept>
+#include <system_error>
 
 namespace ZOL {
 
@@ -113,13 +115,11 @@ bool FileContent::Read(const std::string& fileName) {
     std::FILE* file = std::fopen(fileName.c_str(), "rb");
     if (file == nullptr) return false;
     // The size is only a hint for one allocation; the loop reads to the real end, so
-    // files that change size or do not seek are read correctly too.
-    std::size_t capacity = 0;
-    if (std::fseek(file, 0, SEEK_END) == 0) {
-        const long size = std::ftell(file);
-        if (size > 0) capacity = static_cast<std::size_t>(size);
-        std::fseek(file, 0, SEEK_SET);
-    }
+    // files that change size, pipes and the like are read correctly too. Directories
+    // and other things without a size get no hint (and then fail to read).
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(fileName, error);
+    std::size_t capacity = error ? 0 : static_cast<std::size_t>(size);
     bool ok = true;
     try {
         capacity += 1;  // one more byte so that the end of file is seen without regrowing
