@@ -4,6 +4,7 @@
 
 #include <zol/core/TriMesh.h>
 #include <zol/io/MeshFormatsInternal.h>
+#include <zol/io/TextScanInternal.h>
 #include <zol/io/TextWriterInternal.h>
 #include <zol/runtime/Constants.h>
 
@@ -35,6 +36,31 @@ TriMesh* MeshData::Finish(const char* reader, int indexBase) {
         }
     }
     return mMesh.release();
+}
+
+void AddPolygonLine(std::string_view line, MeshData& data) {
+    TokenCursor tokens(line);
+    tokens.Skip();  // the corner count; only the first three corners are used
+    std::string_view token;
+    int ids[3];
+    int count = 0;
+    while (count < 3 && tokens.Next(token)) ids[count++] = ParseIndex(token);
+    if (count == 3) data.AddTriangle(ids[0], ids[1], ids[2]);
+}
+
+void PutTriangleLines(FileWriter& out, ITriMesh& mesh, std::string_view prefix, int indexBase) {
+    const int triangleCount = mesh.GetTriangleCount();
+    int ids[3];
+    for (int t = 0; t < triangleCount; ++t) {
+        mesh.GetTriangleVertexIds(t, ids);
+        out.Put(prefix);
+        out.PutInt(static_cast<std::int64_t>(ids[0]) + indexBase);
+        out.Put(' ');
+        out.PutInt(static_cast<std::int64_t>(ids[1]) + indexBase);
+        out.Put(' ');
+        out.PutInt(static_cast<std::int64_t>(ids[2]) + indexBase);
+        out.Put('\n');
+    }
 }
 
 int FinishWrite(FileWriter& writer, const char* writerName) {

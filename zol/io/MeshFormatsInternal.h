@@ -83,6 +83,14 @@ TriMesh* GuardedRead(const char* reader, Read read) {
     }
 }
 
+/// Adds the first triangle of a polygon line "<cornerCount> i j k ..." (0-based
+/// indices); a line with fewer than three indices adds nothing.
+void AddPolygonLine(std::string_view line, MeshData& data);
+
+/// Writes one line per triangle: \p prefix, then the three vertex indices plus
+/// \p indexBase separated by one blank.
+void PutTriangleLines(FileWriter& out, ITriMesh& mesh, std::string_view prefix, int indexBase);
+
 /// Closes \p writer's file and checks that every byte arrived.
 /// \return 0, or -1 after the line "<writer>: file could not be written".
 int FinishWrite(FileWriter& writer, const char* writerName);

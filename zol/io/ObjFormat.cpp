@@ -148,18 +148,7 @@ int ExportMeshByOBJ(const std::string& fileName, const ITriMesh* triMesh) {
         }
         out.Put('\n');
     }
-    const int triangleCount = mesh->GetTriangleCount();
-    int ids[3];
-    for (int t = 0; t < triangleCount; ++t) {
-        mesh->GetTriangleVertexIds(t, ids);
-        out.Put("f ");
-        out.PutInt(static_cast<std::int64_t>(ids[0]) + 1);
-        out.Put(' ');
-        out.PutInt(static_cast<std::int64_t>(ids[1]) + 1);
-        out.Put(' ');
-        out.PutInt(static_cast<std::int64_t>(ids[2]) + 1);
-        out.Put('\n');
-    }
+    PutTriangleLines(out, *mesh, "f ", 1);
     return FinishWrite(out, "ExportMeshByOBJ");
 }
 

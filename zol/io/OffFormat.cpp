@@ -61,12 +61,7 @@ TriMesh* ReadOff(const std::string& fileName) {
             LogLine("ImportMeshByOFF: unexpected end of file in face ", f);
             return nullptr;
         }
-        TokenCursor tokens(line);
-        tokens.Skip();  // the corner count; only the first three corners are used
-        int ids[3];
-        int count = 0;
-        while (count < 3 && tokens.Next(token)) ids[count++] = ParseIndex(token);
-        if (count == 3) data.AddTriangle(ids[0], ids[1], ids[2]);
+        AddPolygonLine(line, data);
     }
     return data.Finish("ImportMeshByOFF", 0);
 }
@@ -96,17 +91,7 @@ int ExportMeshByOFF(const std::string& fileName, const ITriMesh* triMesh) {
         out.PutReals(p.x, p.y, p.z, " ");
         out.Put('\n');
     }
-    int ids[3];
-    for (int t = 0; t < triangleCount; ++t) {
-        mesh->GetTriangleVertexIds(t, ids);
-        out.Put("3 ");
-        out.PutInt(ids[0]);
-        out.Put(' ');
-        out.PutInt(ids[1]);
-        out.Put(' ');
-        out.PutInt(ids[2]);
-        out.Put('\n');
-    }
+    PutTriangleLines(out, *mesh, "3 ", 0);
     return FinishWrite(out, "ExportMeshByOFF");
 }
 

@@ -84,12 +84,7 @@ TriMesh* ReadPly(const std::string& fileName) {
             LogLine("ImportMeshByPLY: unexpected end of file in face ", f);
             return nullptr;
         }
-        TokenCursor tokens(line);
-        tokens.Skip();  // the corner count; only the first three corners are used
-        int ids[3];
-        int count = 0;
-        while (count < 3 && tokens.Next(token)) ids[count++] = ParseIndex(token);
-        if (count == 3) data.AddTriangle(ids[0], ids[1], ids[2]);
+        AddPolygonLine(line, data);
     }
     return data.Finish("ImportMeshByPLY", 0);
 }
@@ -126,17 +121,7 @@ int WritePly(FileWriter& out, ITriMesh* mesh, bool withColor, TriMesh* colors, c
         }
         out.Put('\n');
     }
-    int ids[3];
-    for (int t = 0; t < triangleCount; ++t) {
-        mesh->GetTriangleVertexIds(t, ids);
-        out.Put("3 ");
-        out.PutInt(ids[0]);
-        out.Put(' ');
-        out.PutInt(ids[1]);
-        out.Put(' ');
-        out.PutInt(ids[2]);
-        out.Put('\n');
-    }
+    PutTriangleLines(out, *mesh, "3 ", 0);
     return FinishWrite(out, writer);
 }
 

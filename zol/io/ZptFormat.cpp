@@ -136,16 +136,7 @@ int ExportMeshByZPT(const std::string& fileName, const TriMesh* triMesh) {
         out.PutReals(c.x, c.y, c.z, " ");
         out.Put('\n');
     }
-    int ids[3];
-    for (int t = 0; t < triangleCount; ++t) {
-        mesh->GetTriangleVertexIds(t, ids);
-        out.PutInt(ids[0]);
-        out.Put(' ');
-        out.PutInt(ids[1]);
-        out.Put(' ');
-        out.PutInt(ids[2]);
-        out.Put('\n');
-    }
+    PutTriangleLines(out, *mesh, "", 0);
     if (hasTexcoord) {
         for (int t = 0; t < triangleCount; ++t) {
             for (int k = 0; k < 3; ++k) {
