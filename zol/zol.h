@@ -37,3 +37,6 @@
 
 // Shape detection: primitive fits and tangent-face selection
 #include <zol/shape/DetectShape.h>
+
+// File exchange: mesh files and POV-Ray scene fragments
+#include <zol/io/Parser.h>

@@ -1,0 +1,152 @@
+// Other programs accept what we write: admesh reads our binary STL, assimp reads our
+// OBJ, PLY, OFF and STL, and POV-Ray renders our mesh2 objects and cylinders. A missing
+// tool is installed with apt-get when we can; the test is skipped only when we cannot.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include <zol/core/TriMesh.h>
+#include <zol/io/Parser.h>
+
+#include "tests/common/MeshFactory.h"
+#include "tests/common/TestData.h"
+
+using namespace ZOL;
+
+namespace {
+
+bool HasCommand(const std::string& command) {
+    return std::system(("command -v " + command + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+// True when \p command is available, installing \p package first if needed.
+bool EnsureTool(const std::string& command, const std::string& package) {
+    if (HasCommand(command)) return true;
+    if (geteuid() != 0) return false;
+    std::system(
+        ("DEBIAN_FRONTEND=noninteractive apt-get install -y -qq -o DPkg::Lock::Timeout=120 " +
+         package +
+         " >/dev/null 2>&1 || (apt-get update -qq >/dev/null 2>&1 && "
+         "DEBIAN_FRONTEND=noninteractive apt-get install -y -qq -o DPkg::Lock::Timeout=120 " +
+         package + " >/dev/null 2>&1)")
+            .c_str());
+    return HasCommand(command);
+}
+
+// Runs \p command with its output captured. \return the exit status.
+int RunTool(const std::string& command, std::string& output) {
+    const std::string outputFile = zoltest::ScratchPath("tool_output.txt");
+    const int status = std::system((command + " >" + outputFile + " 2>&1").c_str());
+    output = zoltest::ReadFile(outputFile);
+    return status;
+}
+
+// The first integer after \p label in \p text, or -1.
+long NumberAfter(const std::string& text, const std::string& label) {
+    const std::size_t at = text.find(label);
+    if (at == std::string::npos) return -1;
+    const std::size_t digits = text.find_first_of("0123456789", at + label.size());
+    if (digits == std::string::npos) return -1;
+    // Only blanks and a colon may stand between the label and its number.
+    if (text.find_first_not_of(" \t:", at + label.size()) != digits) return -1;
+    return std::atol(text.c_str() + digits);
+}
+
+}  // namespace
+
+TEST(ExternalTool, AdmeshReadsOurBinaryStl) {
+    if (!EnsureTool("admesh", "admesh")) GTEST_SKIP() << "admesh cannot be installed";
+    TriMesh sphere = zoltest::MakeSphere(16, 8, 1.0);
+    const std::string name = zoltest::ScratchPath("sphere.stl");
+    ASSERT_EQ(Parser::ExportTriMesh(name, &sphere), 0);
+    std::string output;
+    ASSERT_EQ(RunTool("admesh " + name, output), 0) << output;
+    EXPECT_NE(output.find("Binary STL file"), std::string::npos) << output;
+    EXPECT_NE(output.find("zolshapetoolkits mesh"), std::string::npos);
+    EXPECT_EQ(NumberAfter(output, "Number of facets"), sphere.GetTriangleCount()) << output;
+    // A closed sphere: every facet finds its three neighbours.
+    EXPECT_EQ(NumberAfter(output, "Total disconnected facets"), 0) << output;
+}
+
+TEST(ExternalTool, AssimpReadsEveryFormatWeWrite) {
+    if (!EnsureTool("assimp", "assimp-utils")) GTEST_SKIP() << "assimp cannot be installed";
+    TriMesh sphere = zoltest::MakeSphere(16, 8, 1.0);
+    for (const char* extension : {"obj", "ply", "off", "stl"}) {
+        SCOPED_TRACE(extension);
+        const std::string name = zoltest::ScratchPath(std::string("sphere.") + extension);
+        ASSERT_EQ(Parser::ExportTriMesh(name, &sphere), 0);
+        std::string output;
+        ASSERT_EQ(RunTool("assimp info " + name, output), 0) << output;
+        EXPECT_EQ(NumberAfter(output, "Faces"), sphere.GetTriangleCount()) << output;
+        if (std::string(extension) != "stl") {
+            EXPECT_EQ(NumberAfter(output, "Vertices"), sphere.GetVertexCount()) << output;
+        }
+    }
+}
+
+TEST(ExternalTool, PovRayRendersOurMeshAndCylinders) {
+    if (!EnsureTool("povray", "povray")) GTEST_SKIP() << "povray cannot be installed";
+    TriMesh sphere = zoltest::MakeSphere(24, 12, 1.0);
+    sphere.SetHasVertexColor(true);
+    for (int i = 0; i < sphere.GetVertexCount(); ++i) {
+        sphere.SetVertexColor(i, Vector3(0.2, (i % 7) / 7.0, 0.8));
+    }
+    TriMesh cube = zoltest::MakeUnitCube();
+    cube.SetHasTriangleTexCoord(true);
+    Vector3 red(1, 0, 0);
+    const std::string colored = zoltest::ScratchPath("colored.inc");
+    const std::string plain = zoltest::ScratchPath("plain.inc");
+    const std::string textured = zoltest::ScratchPath("textured.inc");
+    const std::string segments = zoltest::ScratchPath("segments.inc");
+    ASSERT_EQ(Parser::ExportTriMeshToPovray(colored, &sphere, nullptr), 0);
+    ASSERT_EQ(Parser::ExportTriMeshToPovray(plain, &cube, &red), 0);
+    ASSERT_EQ(Parser::ExportTextureTriMeshToPovray(textured, &cube), 0);
+    ASSERT_EQ(
+        Parser::ExportLineSegmentToPovray(
+            segments, {Vector3(-2, -1, 0), Vector3(2, -1, 0), Vector3(0, -2, 0), Vector3(0, 2, 0)},
+            0.05, Vector3(0, 1, 0)),
+        0);
+    const std::string scene = zoltest::ScratchPath("scene.pov");
+    std::ofstream(scene) << "camera { location <0, 0, -6> look_at <0, 0, 0> }\n"
+                            "light_source { <10, 10, -10> color rgb <1, 1, 1> }\n"
+                            "background { color rgb <0, 0, 0> }\n"
+                            "object { #include \""
+                         << colored << "\" }\n"
+                         << "object { #include \"" << plain << "\" translate <2, 0, 0> }\n"
+                         << "object { #include \"" << textured << "\" translate <-3, 0, 0> }\n"
+                         << "#include \"" << segments << "\"\n";
+    const std::string png = zoltest::ScratchPath("scene.png");
+    const std::string ppm = zoltest::ScratchPath("scene.ppm");
+    std::string output;
+    const std::string render = "povray +I" + scene + " +W48 +H48 -D -V +A0.3";
+    ASSERT_EQ(RunTool(render + " +FN +O" + png, output), 0) << output;
+    const std::string pngBytes = zoltest::ReadFile(png);
+    ASSERT_GT(pngBytes.size(), 8u);
+    EXPECT_EQ(pngBytes.substr(0, 8), "\x89PNG\r\n\x1a\n");
+
+    // The same render as a plain pixmap shows that objects, not just background, were drawn.
+    ASSERT_EQ(RunTool(render + " +FP +O" + ppm, output), 0) << output;
+    std::istringstream image(zoltest::ReadFile(ppm));
+    // Header: magic, width, height, maximum value; "#" starts a comment line.
+    std::string fields[4];
+    for (std::string& field : fields) {
+        while (image >> std::ws && image.peek() == '#') std::getline(image, field);
+        image >> field;
+    }
+    image.get();
+    const std::string magic = fields[0];
+    const int width = std::atoi(fields[1].c_str());
+    const int height = std::atoi(fields[2].c_str());
+    ASSERT_EQ(magic, "P6");
+    ASSERT_EQ(width * height, 48 * 48);
+    int lit = 0;
+    for (int i = 0; i < width * height; ++i) {
+        char rgb[3];
+        if (!image.read(rgb, 3)) break;
+        if (rgb[0] != 0 || rgb[1] != 0 || rgb[2] != 0) ++lit;
+    }
+    EXPECT_GT(lit, width * height / 10);
+}
