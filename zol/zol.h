@@ -9,12 +9,22 @@
 #include <zol/runtime/Profiler.h>
 #include <zol/runtime/ThreadCount.h>
 
-// Core data model: value types, mesh and point-cloud containers, point lists
+// Core data model: value types
 #include <zol/core/Color4.h>
+#include <zol/core/ImageColorId.h>
+#include <zol/core/Matrix4x4.h>
+#include <zol/core/Obb.h>
+#include <zol/core/Plane3.h>
+#include <zol/core/PointOnEdge.h>
+#include <zol/core/PointOnFace.h>
+#include <zol/core/Vector2.h>
+#include <zol/core/Vector3.h>
+
+// Core data model: mesh interface
+#include <zol/core/ITriMesh.h>
+
+// Core data model: point clouds and point lists
 #include <zol/core/IGridPointCloud.h>
 #include <zol/core/IPointCloud.h>
 #include <zol/core/IPointList.h>
-#include <zol/core/ITriMesh.h>
 #include <zol/core/PointCloud.h>
-#include <zol/core/Vector2.h>
-#include <zol/core/Vector3.h>
