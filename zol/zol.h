@@ -28,3 +28,8 @@
 #include <zol/core/IPointCloud.h>
 #include <zol/core/IPointList.h>
 #include <zol/core/PointCloud.h>
+
+// Runtime frame: thread pool and nearest-neighbour index
+#include <zol/runtime/Ann.h>
+#include <zol/runtime/PointCloudInfo.h>
+#include <zol/runtime/ThreadPool.h>
