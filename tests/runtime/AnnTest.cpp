@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <thread>
 #include <vector>
 
 #include <zol/core/IPointList.h>
@@ -296,4 +297,32 @@ TEST(Ann, EveryFailureLogsItsLineAndReturnsItsStatus) {
     // A failed Init leaves the index empty.
     EXPECT_EQ(ready.Init(nan, 1, 3), RESULT_NOT_READY);
     EXPECT_EQ(ready.GetPointCount(), 0);
+}
+
+TEST(Ann, IndexesBuiltAndQueriedOnSeveralThreadsAtOnceGiveSequentialResults) {
+    // The kd-tree library keeps process-wide search state, so this only holds because
+    // every build, search and release is serialised behind one lock.
+    const int threads = 4, k = 6;
+    std::vector<std::vector<double>> data, queries;
+    std::vector<std::vector<int>> expected(threads), got(threads);
+    for (int t = 0; t < threads; ++t) {
+        data.push_back(Flatten(zoltest::RandomPoints(1500 + 100 * t, 30 + t)));
+        queries.push_back(Flatten(zoltest::RandomPoints(500, 40 + t)));
+    }
+    auto work = [&](int t, std::vector<int>* out) {
+        for (int round = 0; round < 8; ++round) {
+            Ann ann;
+            ann.Init(data[t].data(), static_cast<int>(data[t].size() / 3), 3);
+            out->assign(500 * k, -1);
+            ann.FindNearestNeighbors(queries[t].data(), 500, k, out->data(), nullptr);
+            std::vector<int> inside;
+            ann.FindNearestNeighbors(queries[t].data(), 0.1, &inside, nullptr);
+            out->insert(out->end(), inside.begin(), inside.end());
+        }
+    };
+    for (int t = 0; t < threads; ++t) work(t, &expected[t]);
+    std::vector<std::thread> workers;
+    for (int t = 0; t < threads; ++t) workers.emplace_back(work, t, &got[t]);
+    for (std::thread& w : workers) w.join();
+    EXPECT_EQ(got, expected);
 }

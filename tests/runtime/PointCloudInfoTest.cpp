@@ -2,12 +2,14 @@
 // force and across thread counts; cache sizing rules and every log line.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include <zol/core/PointCloud.h>
 #include <zol/runtime/Ann.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/PointCloudInfo.h>
+#include <zol/runtime/ThreadPool.h>
 
 #include "tests/common/PointData.h"
 #include "tests/common/TestData.h"
@@ -180,4 +182,47 @@ TEST(PointCloudInfo, EveryFailureLogsItsLineAndReturnsItsStatus) {
         EXPECT_EQ(info.InitAnn(&cloud, 4), RESULT_OK);
         EXPECT_EQ(info.GetAnn()->GetPointCount(), 0);
     }
+}
+
+namespace {
+
+/// Reads the neighbour lists of points t, t + n, ... into their own output rows, the
+/// way the smoothing workers read a shared PointCloudInfo.
+class ReadNeighborsMT : public TaskBase {
+public:
+    ReadNeighborsMT(const PointCloudInfo* info, int t, int n, int count, std::vector<int>* out)
+        : mpInfo(info), mT(t), mN(n), mCount(count), mpOut(out) {}
+    void Run() override {
+        std::vector<int> ids;
+        for (int i = mT; i < mCount; i += mN) {
+            if (mpInfo->GetNeighbor(i, 4, &ids) != RESULT_OK) return;
+            std::copy(ids.begin(), ids.end(), mpOut->begin() + 4 * i);
+        }
+    }
+
+private:
+    const PointCloudInfo* mpInfo;
+    int mT, mN, mCount;
+    std::vector<int>* mpOut;
+};
+
+}  // namespace
+
+TEST(PointCloudInfo, ManyWorkersMayReadCachedAndUncachedListsAtOnce) {
+    PointCloud cloud = zoltest::MakeCloud(zoltest::RandomPoints(2000, 13));
+    const int n = cloud.GetPointCount();
+    std::vector<int> half;
+    for (int i = 0; i < n; i += 2) half.push_back(i);
+    PointCloudInfo info;
+    ASSERT_EQ(info.InitAnn(&cloud, 4), RESULT_OK);
+    ASSERT_EQ(info.FindNearestNeighbors(4, &cloud, &half), RESULT_OK);  // odd ones uncached
+    std::vector<int> sequential(4 * n), parallel(4 * n, -1);
+    ReadNeighborsMT(&info, 0, 1, n, &sequential).Run();
+    {
+        ThreadPool pool;
+        ASSERT_EQ(pool.InitThreads(4), 4);
+        for (int t = 0; t < 4; ++t) pool.InsertTask(new ReadNeighborsMT(&info, t, 4, n, &parallel));
+        pool.WaitAll();
+    }
+    EXPECT_EQ(parallel, sequential);
 }
