@@ -129,6 +129,23 @@ int Ann::GetDimension() const { return mpImpl ? mpImpl->GetDimension() : 0; }
 
 namespace {
 
+/// The checks that every query makes first, in order.
+/// \return 0 when the query may go on, else the logged failure status.
+int CheckQuery(const AnnImpl* impl, bool hasOutput, bool badQuery) {
+    if (!impl) {
+        if (badQuery || !hasOutput) {
+            return LogFailure(RESULT_NOT_READY,
+                              "AnnImpl::FindNearestNeighbors not initialized: invalid input");
+        }
+        return LogFailure(RESULT_NOT_READY, "AnnImpl::FindNearestNeighbors not initialized");
+    }
+    if (!hasOutput) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "Invalid input: indexRes == NULL && distanceRes == NULL");
+    }
+    return RESULT_OK;
+}
+
 /// Builds a fresh implementation, or null after logging the tree failure.
 std::shared_ptr<AnnImpl> BuildImpl(std::vector<double>&& rows, int count, int dim, int* status) {
     auto impl = std::shared_ptr<AnnImpl>(new (std::nothrow) AnnImpl);
@@ -189,17 +206,8 @@ int Ann::InitWithNormal(const IPointList* pointList,
 int Ann::FindNearestNeighbors(
     double* queryData, int queryCount, int k, int* indexRes, double* distanceRes) {
     const bool badQuery = (!queryData && queryCount > 0) || queryCount < 0 || k < 1;
-    if (!mpImpl) {
-        if (badQuery || (!indexRes && !distanceRes)) {
-            return LogFailure(RESULT_NOT_READY,
-                              "AnnImpl::FindNearestNeighbors not initialized: invalid input");
-        }
-        return LogFailure(RESULT_NOT_READY, "AnnImpl::FindNearestNeighbors not initialized");
-    }
-    if (!indexRes && !distanceRes) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "Invalid input: indexRes == NULL && distanceRes == NULL");
-    }
+    const int status = CheckQuery(mpImpl.get(), indexRes || distanceRes, badQuery);
+    if (status != RESULT_OK) return status;
     if (badQuery) {
         return LogFailure(
             RESULT_INVALID_INPUT,
@@ -214,17 +222,8 @@ int Ann::FindNearestNeighbors(const IPointList* queryList,
                               int* indexRes,
                               double* distanceRes) {
     const bool badQuery = !queryList || k < 1;
-    if (!mpImpl) {
-        if (badQuery || (!indexRes && !distanceRes)) {
-            return LogFailure(RESULT_NOT_READY,
-                              "AnnImpl::FindNearestNeighbors not initialized: invalid input");
-        }
-        return LogFailure(RESULT_NOT_READY, "AnnImpl::FindNearestNeighbors not initialized");
-    }
-    if (!indexRes && !distanceRes) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "Invalid input: indexRes == NULL && distanceRes == NULL");
-    }
+    const int status = CheckQuery(mpImpl.get(), indexRes || distanceRes, badQuery);
+    if (status != RESULT_OK) return status;
     if (badQuery) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "Ann::FindNearestNeighbors: queryList == NULL || k < 1");
@@ -273,17 +272,8 @@ int Ann::FindNearestNeighbors(double* query,
                               std::vector<int>* indexRes,
                               std::vector<double>* distanceRes) {
     const bool badQuery = !query || !(radius >= 0.0);
-    if (!mpImpl) {
-        if (badQuery || (!indexRes && !distanceRes)) {
-            return LogFailure(RESULT_NOT_READY,
-                              "AnnImpl::FindNearestNeighbors not initialized: invalid input");
-        }
-        return LogFailure(RESULT_NOT_READY, "AnnImpl::FindNearestNeighbors not initialized");
-    }
-    if (!indexRes && !distanceRes) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "Invalid input: indexRes == NULL && distanceRes == NULL");
-    }
+    const int status = CheckQuery(mpImpl.get(), indexRes || distanceRes, badQuery);
+    if (status != RESULT_OK) return status;
     if (badQuery) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "Ann::FindNearestNeighbors: query == NULL || radius < 0");

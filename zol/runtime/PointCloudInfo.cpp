@@ -116,6 +116,15 @@ Ann* PointCloudInfo::GetAnn() const { return mpAnn; }
 
 int PointCloudInfo::GetNeighborCount() const { return mNeighborCount; }
 
+void PointCloudInfo::WidenCaches(int neighborCount) {
+    if (neighborCount <= mNeighborCount) return;
+    // A wider row layout invalidates every cached row.
+    mNeighborIds.clear();
+    mNeighborDistances.clear();
+    mFilledCounts.clear();
+    mNeighborCount = neighborCount;
+}
+
 void PointCloudInfo::ResizeCaches(int pointCount) {
     const size_t points = std::max(mFilledCounts.size(), static_cast<size_t>(pointCount));
     mFilledCounts.resize(points, 0);
@@ -132,12 +141,7 @@ int PointCloudInfo::InitAnn(const IPointCloud* pointCloud, int neighborCount) {
         PointCloudPointList pointList(pointCloud);
         if (mpAnn->Init(&pointList, nullptr) != RESULT_OK) return RESULT_STEP_FAIL;
     }
-    if (mNeighborCount < neighborCount) {
-        mNeighborIds.clear();
-        mNeighborDistances.clear();
-        mFilledCounts.clear();
-        mNeighborCount = neighborCount;
-    }
+    WidenCaches(neighborCount);
     ResizeCaches(pointCloud->GetPointCount());
     return RESULT_OK;
 }
@@ -160,12 +164,7 @@ int PointCloudInfo::FindNearestNeighbors(int neighborCount,
     if (impl->GetDimension() != 3) {
         return LogFailure(RESULT_NOT_READY, "PointCloudInfo::FindNearestNeighbors: InitAnn first");
     }
-    if (neighborCount > mNeighborCount) {
-        mNeighborIds.clear();
-        mNeighborDistances.clear();
-        mFilledCounts.clear();
-        mNeighborCount = neighborCount;
-    }
+    WidenCaches(neighborCount);
     const int pointCount = pointCloud->GetPointCount();
     ResizeCaches(pointCount);
 

@@ -78,6 +78,7 @@ public:
     void Clear();
 
 private:
+    void WidenCaches(int neighborCount);
     void ResizeCaches(int pointCount);
 
     Ann* mpAnn;

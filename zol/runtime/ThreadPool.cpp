@@ -96,7 +96,7 @@ void ThreadPool::WaitAll() {
     mpTaskFinished->wait(lock, [this] { return mPendingCount < 1; });
 }
 
-int ThreadPool::GetThreadCount() const { return static_cast<int>(mThreadList.size()); }
+int ThreadPool::GetWorkerCount() const { return static_cast<int>(mThreadList.size()); }
 
 void ThreadPool::FinishTask() {
     {

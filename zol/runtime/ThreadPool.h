@@ -67,7 +67,7 @@ public:
     /// pending, and also when the pool has no worker that could finish a pending task.
     void WaitAll();
     /// \return the number of workers started.
-    int GetThreadCount() const;
+    int GetWorkerCount() const;
 
 private:
     struct ThreadRecord;
