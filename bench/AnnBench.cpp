@@ -143,22 +143,22 @@ BENCHMARK(BM_AnnBuild)
     ->Arg(100000)
     ->Arg(1000000)
     ->Unit(benchmark::kMillisecond)
-    ->Iterations(2)
+    ->Iterations(1)
     ->UseRealTime();
 BENCHMARK(BM_BareKdTree)
     ->Apply(BaselineArgs)
     ->Unit(benchmark::kMillisecond)
-    ->Iterations(2)
+    ->Iterations(1)
     ->UseRealTime();
 BENCHMARK(BM_AnnListQuery)
     ->Apply(QueryArgs)
     ->Unit(benchmark::kMillisecond)
-    ->Iterations(2)
+    ->Iterations(1)
     ->UseRealTime();
 BENCHMARK(BM_PointCloudInfoNeighbors)
     ->Apply(QueryArgs)
     ->Unit(benchmark::kMillisecond)
-    ->Iterations(2)
+    ->Iterations(1)
     ->UseRealTime();
 
 BENCHMARK_MAIN();
