@@ -9,6 +9,11 @@
 #include <zol/runtime/Profiler.h>
 #include <zol/runtime/ThreadCount.h>
 
+// Runtime frame: thread pool and nearest-neighbour index
+#include <zol/runtime/Ann.h>
+#include <zol/runtime/PointCloudInfo.h>
+#include <zol/runtime/ThreadPool.h>
+
 // Core data model: value types
 #include <zol/core/Color4.h>
 #include <zol/core/ImageColorId.h>
@@ -31,12 +36,18 @@
 #include <zol/core/TriMeshInfo.h>
 #include <zol/core/TriangleList.h>
 
+// Core data model: point clouds and point lists
+#include <zol/core/IGridPointCloud.h>
+#include <zol/core/IPointCloud.h>
+#include <zol/core/IPointList.h>
+#include <zol/core/PointCloud.h>
+
+// File exchange: mesh files and POV-Ray scene fragments
+#include <zol/io/Parser.h>
+
 // Mesh processing: measurement and triangle queries
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
 
 // Shape detection: primitive fits and tangent-face selection
 #include <zol/shape/DetectShape.h>
-
-// File exchange: mesh files and POV-Ray scene fragments
-#include <zol/io/Parser.h>

@@ -1,0 +1,42 @@
+// Point sets for the neighbour-search tests: seeded random clouds, the vertex block of
+// an ASCII PLY scan, and a brute-force k-nearest oracle.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <zol/core/PointCloud.h>
+#include <zol/core/Vector3.h>
+
+namespace zoltest {
+
+/// \p count points uniform in [-extent, extent]^3 from a fixed seed.
+std::vector<ZOL::Vector3> RandomPoints(int count, unsigned seed, double extent = 1.0);
+/// Unit vectors in random directions from a fixed seed.
+std::vector<ZOL::Vector3> RandomNormals(int count, unsigned seed);
+/// The x, y, z of every vertex of an ASCII PLY file (other elements are skipped); empty
+/// when the file cannot be read.
+std::vector<ZOL::Vector3> LoadPlyVertices(const std::string& path);
+/// A cloud holding \p points (and \p normals when given).
+ZOL::PointCloud MakeCloud(const std::vector<ZOL::Vector3>& points,
+                          const std::vector<ZOL::Vector3>* normals = nullptr);
+
+/// One neighbour: index and squared distance.
+struct Neighbor {
+    int id;
+    double squaredDistance;
+};
+/// The \p k nearest of \p points to \p query by exhaustive search, nearest first (ties
+/// by index), with squared distances summed over x, y, z in that order.
+std::vector<Neighbor> BruteForceNearest(const std::vector<ZOL::Vector3>& points,
+                                        const ZOL::Vector3& query,
+                                        int k);
+
+/// Sets the process-wide thread count for its lifetime and restores the default after.
+class ThreadCountScope {
+public:
+    explicit ThreadCountScope(int count);
+    ~ThreadCountScope();
+};
+
+}  // namespace zoltest

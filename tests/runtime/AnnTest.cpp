@@ -1,0 +1,328 @@
+// Ann: k-nearest and radius queries against brute force on random clouds and a real
+// scan, thread-count independence of list queries, clamping of k, and every log line.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include <zol/core/IPointList.h>
+#include <zol/core/Matrix4x4.h>
+#include <zol/runtime/Ann.h>
+#include <zol/runtime/Constants.h>
+
+#include "tests/common/PointData.h"
+#include "tests/common/TestData.h"
+
+using namespace ZOL;
+
+namespace {
+
+std::vector<double> Flatten(const std::vector<Vector3>& points) {
+    std::vector<double> xyz;
+    for (const Vector3& p : points) xyz.insert(xyz.end(), {p.x, p.y, p.z});
+    return xyz;
+}
+
+/// Checks rows of a list query against the brute-force oracle for the given queries.
+void ExpectMatchesBruteForce(const std::vector<Vector3>& points,
+                             const std::vector<Vector3>& queries,
+                             const std::vector<int>& queryIds,
+                             int k,
+                             const std::vector<int>& ids,
+                             const std::vector<double>& dists) {
+    for (int q : queryIds) {
+        const std::vector<zoltest::Neighbor> expected =
+            zoltest::BruteForceNearest(points, queries[q], k);
+        for (int j = 0; j < k; ++j) {
+            const size_t at = static_cast<size_t>(q) * k + j;
+            ASSERT_DOUBLE_EQ(dists[at], expected[j].squaredDistance) << "query " << q << " #" << j;
+            // Ties may come in either order; the reported point must be at that distance.
+            ASSERT_DOUBLE_EQ(points[ids[at]].DistanceSquared(queries[q]), dists[at]);
+        }
+    }
+}
+
+std::vector<int> EveryNth(int count, int step) {
+    std::vector<int> ids;
+    for (int i = 0; i < count; i += step) ids.push_back(i);
+    return ids;
+}
+
+}  // namespace
+
+TEST(Ann, FindsTheNearestPointOfRawData) {
+    double data[] = {0, 0, 0, 1, 0, 0, 0, 2, 0, 5, 5, 5};
+    Ann ann;
+    ASSERT_EQ(ann.Init(data, 4, 3), RESULT_OK);
+    double query[] = {0.9, 0.1, 0};
+    int ids[2];
+    double dists[2];
+    ASSERT_EQ(ann.FindNearestNeighbors(query, 1, 2, ids, dists), RESULT_OK);
+    EXPECT_EQ(ids[0], 1);
+    EXPECT_EQ(ids[1], 0);
+    EXPECT_DOUBLE_EQ(dists[0], 0.02);  // squared
+    EXPECT_DOUBLE_EQ(dists[1], 0.82);
+}
+
+TEST(Ann, RawQueriesMatchBruteForceOnRandomClouds) {
+    for (unsigned seed : {1u, 2u, 3u}) {
+        const std::vector<Vector3> points = zoltest::RandomPoints(2000 * seed, seed);
+        const std::vector<Vector3> queries = zoltest::RandomPoints(300, seed + 100, 1.2);
+        std::vector<double> xyz = Flatten(points), qxyz = Flatten(queries);
+        Ann ann;
+        ASSERT_EQ(ann.Init(xyz.data(), static_cast<int>(points.size()), 3), RESULT_OK);
+        const int k = 7;
+        std::vector<int> ids(queries.size() * k);
+        std::vector<double> dists(ids.size());
+        ASSERT_EQ(ann.FindNearestNeighbors(qxyz.data(), 300, k, ids.data(), dists.data()),
+                  RESULT_OK);
+        ExpectMatchesBruteForce(points, queries, EveryNth(300, 1), k, ids, dists);
+        // Either output alone gives the same rows.
+        std::vector<int> idsOnly(ids.size());
+        std::vector<double> distsOnly(ids.size());
+        ann.FindNearestNeighbors(qxyz.data(), 300, k, idsOnly.data(), nullptr);
+        ann.FindNearestNeighbors(qxyz.data(), 300, k, nullptr, distsOnly.data());
+        EXPECT_EQ(idsOnly, ids);
+        EXPECT_EQ(distsOnly, dists);
+    }
+}
+
+TEST(Ann, ListQueryIsIdenticalForOneTwoAndEightThreads) {
+    const std::vector<Vector3> points = zoltest::RandomPoints(3001, 11);
+    PointCloud cloud = zoltest::MakeCloud(points);
+    PointCloudPointList list(&cloud);
+    Ann ann;
+    ASSERT_EQ(ann.Init(&list, nullptr), RESULT_OK);
+    const int k = 10;
+    std::vector<std::vector<int>> ids;
+    std::vector<std::vector<double>> dists;
+    for (int threads : {1, 2, 8}) {
+        zoltest::ThreadCountScope scope(threads);
+        ids.emplace_back(points.size() * k, -9);
+        dists.emplace_back(points.size() * k, -9.0);
+        ASSERT_EQ(ann.FindNearestNeighbors(&list, k, ids.back().data(), dists.back().data()),
+                  RESULT_OK);
+    }
+    EXPECT_EQ(ids[0], ids[1]);
+    EXPECT_EQ(ids[0], ids[2]);
+    EXPECT_EQ(dists[0], dists[1]);
+    EXPECT_EQ(dists[0], dists[2]);
+    ExpectMatchesBruteForce(points, points, EveryNth(3001, 7), k, ids[0], dists[0]);
+    for (size_t q = 0; q < points.size(); ++q) EXPECT_EQ(dists[0][q * k], 0.0);
+}
+
+TEST(Ann, ListQueryOnARealScanMatchesBruteForceForAnyThreadCount) {
+    const std::vector<Vector3> points =
+        zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun000.ply"));
+    ASSERT_EQ(points.size(), 40256u);
+    PointCloud cloud = zoltest::MakeCloud(points);
+    PointCloudPointList list(&cloud);
+    Ann ann;
+    ASSERT_EQ(ann.Init(&list, nullptr), RESULT_OK);
+    const int k = 8;
+    std::vector<int> reference;
+    for (int threads : {1, 2, 8}) {
+        zoltest::ThreadCountScope scope(threads);
+        std::vector<int> ids(points.size() * k);
+        std::vector<double> dists(ids.size());
+        ASSERT_EQ(ann.FindNearestNeighbors(&list, k, ids.data(), dists.data()), RESULT_OK);
+        if (reference.empty()) {
+            reference = ids;
+            ExpectMatchesBruteForce(points, points, EveryNth(40256, 211), k, ids, dists);
+        } else {
+            EXPECT_EQ(ids, reference) << threads << " threads";
+        }
+    }
+}
+
+TEST(Ann, RadiusQueryReturnsExactlyThePointsInsideNearestFirst) {
+    const std::vector<Vector3> points = zoltest::RandomPoints(5000, 21);
+    std::vector<double> xyz = Flatten(points);
+    Ann ann;
+    ASSERT_EQ(ann.Init(xyz.data(), 5000, 3), RESULT_OK);
+    for (const Vector3& centre : zoltest::RandomPoints(20, 22)) {
+        for (double radius : {0.0, 0.05, 0.2, 0.6}) {
+            double q[] = {centre.x, centre.y, centre.z};
+            std::vector<int> ids = {99};
+            std::vector<double> dists;
+            ASSERT_EQ(ann.FindNearestNeighbors(q, radius, &ids, &dists), RESULT_OK);
+            std::vector<zoltest::Neighbor> expected =
+                zoltest::BruteForceNearest(points, centre, 5000);
+            while (!expected.empty() && expected.back().squaredDistance > radius * radius) {
+                expected.pop_back();
+            }
+            ASSERT_EQ(ids.size(), expected.size()) << radius;
+            for (size_t j = 0; j < ids.size(); ++j) {
+                EXPECT_EQ(ids[j], expected[j].id);
+                EXPECT_DOUBLE_EQ(dists[j], expected[j].squaredDistance);
+            }
+        }
+    }
+}
+
+TEST(Ann, KAbovePointCountIsClampedAndTheRestMarkedMissing) {
+    double data[] = {0, 0, 0, 3, 0, 0, 1, 0, 0};
+    Ann ann;
+    ASSERT_EQ(ann.Init(data, 3, 3), RESULT_OK);
+    double queries[] = {0, 0, 0, 3, 0, 0};
+    std::vector<int> ids(2 * 5);
+    std::vector<double> dists(2 * 5);
+    ASSERT_EQ(ann.FindNearestNeighbors(queries, 2, 5, ids.data(), dists.data()), RESULT_OK);
+    EXPECT_EQ(ids, (std::vector<int>{0, 2, 1, -1, -1, 1, 2, 0, -1, -1}));
+    EXPECT_EQ(dists[1], 1.0);
+    EXPECT_EQ(dists[3], REAL_LARGE);
+    EXPECT_EQ(dists[9], REAL_LARGE);
+
+    PointCloud cloud = zoltest::MakeCloud({Vector3(0, 0, 0), Vector3(1, 0, 0)});
+    PointCloudPointList list(&cloud);
+    ASSERT_EQ(ann.Init(&list, nullptr), RESULT_OK);
+    zoltest::ThreadCountScope scope(2);
+    std::vector<int> listIds(2 * 4);
+    ASSERT_EQ(ann.FindNearestNeighbors(&list, 4, listIds.data(), nullptr), RESULT_OK);
+    EXPECT_EQ(listIds, (std::vector<int>{0, 1, -1, -1, 1, 0, -1, -1}));
+}
+
+TEST(Ann, TransformMovesTheIndexedPoints) {
+    PointCloud cloud = zoltest::MakeCloud({Vector3(0, 0, 0), Vector3(1, 0, 0), Vector3(0, 1, 0)});
+    PointCloudPointList list(&cloud);
+    Matrix4x4 shift(0.0);
+    for (int i = 0; i < 4; ++i) shift.SetValue(i, i, 1.0);
+    shift.SetValue(0, 3, 10.0);  // x + 10
+    Ann ann;
+    ASSERT_EQ(ann.Init(&list, &shift), RESULT_OK);
+    double query[] = {11, 0, 0};
+    int id = -1;
+    double dist = -1;
+    ASSERT_EQ(ann.FindNearestNeighbors(query, 1, 1, &id, &dist), RESULT_OK);
+    EXPECT_EQ(id, 1);
+    EXPECT_EQ(dist, 0.0);
+}
+
+TEST(Ann, IndexWithNormalsSeparatesPointsByOrientation) {
+    // Two points at one spot, facing opposite ways; the query list carries normals too.
+    const std::vector<Vector3> points = {Vector3(0, 0, 0), Vector3(0, 0, 0), Vector3(2, 0, 0)};
+    const std::vector<Vector3> normals = {Vector3(0, 0, 1), Vector3(0, 0, -1), Vector3(0, 0, 1)};
+    PointCloud cloud = zoltest::MakeCloud(points, &normals);
+    PointCloudPointList list(&cloud);
+    Ann ann;
+    ASSERT_EQ(ann.InitWithNormal(&list, 0.5, nullptr), RESULT_OK);
+    EXPECT_EQ(ann.GetDimension(), 6);
+    std::vector<int> ids(3 * 2);
+    std::vector<double> dists(3 * 2);
+    ASSERT_EQ(ann.FindNearestNeighbors(&list, 2, ids.data(), dists.data()), RESULT_OK);
+    EXPECT_EQ(ids[0], 0);
+    EXPECT_EQ(ids[2], 1);
+    EXPECT_EQ(ids[4], 2);
+    EXPECT_DOUBLE_EQ(dists[1], 1.0);  // opposite normals: (2 * 0.5)^2
+    double raw[] = {0, 0, 0, 0, 0, -0.5};
+    int id = -1;
+    ASSERT_EQ(ann.FindNearestNeighbors(raw, 1, 1, &id, nullptr), RESULT_OK);
+    EXPECT_EQ(id, 1);
+}
+
+TEST(Ann, EveryFailureLogsItsLineAndReturnsItsStatus) {
+    PointCloud empty;
+    PointCloudPointList emptyList(&empty);
+    PointCloud one = zoltest::MakeCloud({Vector3(1, 1, 1)});
+    PointCloudPointList oneList(&one);
+    double data[] = {0, 0, 0};
+    double nan[] = {0, std::numeric_limits<double>::quiet_NaN(), 0};
+    int ids[4];
+    double dists[4];
+    std::vector<int> idVec;
+
+    struct Case {
+        const char* line;
+        int status;
+        std::function<int(Ann&)> call;
+    };
+    const std::vector<Case> cases = {
+        {"Ann Init: refData == NULL || refCount < 1 || refDim < 1: refCount=3 refDim=3",
+         RESULT_INVALID_INPUT, [&](Ann& a) { return a.Init(nullptr, 3, 3); }},
+        {"Ann Init: refData == NULL || refCount < 1 || refDim < 1: refCount=0 refDim=3",
+         RESULT_INVALID_INPUT, [&](Ann& a) { return a.Init(data, 0, 3); }},
+        {"Ann Init: refData == NULL || refCount < 1 || refDim < 1: refCount=1 refDim=0",
+         RESULT_INVALID_INPUT, [&](Ann& a) { return a.Init(data, 1, 0); }},
+        {"Ann Init: pointList == NULL || pointList->GetPointCount() < 1", RESULT_INVALID_INPUT,
+         [&](Ann& a) { return a.Init(&emptyList, nullptr); }},
+        {"Ann Init: pointList == NULL || pointList->GetPointCount() < 1", RESULT_INVALID_INPUT,
+         [&](Ann& a) { return a.Init(nullptr, nullptr); }},
+        {"Ann InitWithNormal: pointList == NULL || pointList->GetPointCount() < 1",
+         RESULT_INVALID_INPUT, [&](Ann& a) { return a.InitWithNormal(nullptr, 1.0, nullptr); }},
+        {"Ann Init: Tree init failed", RESULT_NOT_READY, [&](Ann& a) { return a.Init(nan, 1, 3); }},
+        {"AnnImpl::FindNearestNeighbors not initialized", RESULT_NOT_READY,
+         [&](Ann& a) { return a.FindNearestNeighbors(data, 1, 1, ids, dists); }},
+        {"AnnImpl::FindNearestNeighbors not initialized: invalid input", RESULT_NOT_READY,
+         [&](Ann& a) { return a.FindNearestNeighbors(data, 1, 0, ids, dists); }},
+        {"AnnImpl::FindNearestNeighbors not initialized", RESULT_NOT_READY,
+         [&](Ann& a) { return a.FindNearestNeighbors(&oneList, 1, ids, nullptr); }},
+        {"AnnImpl::FindNearestNeighbors not initialized: invalid input", RESULT_NOT_READY,
+         [&](Ann& a) { return a.FindNearestNeighbors(data, 1.0, nullptr, nullptr); }},
+    };
+    for (const Case& c : cases) {
+        zoltest::LogCapture log;
+        Ann ann;
+        ids[0] = -7;
+        EXPECT_EQ(c.call(ann), c.status) << c.line;
+        EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
+        EXPECT_EQ(ids[0], -7) << "a failed call wrote results";
+        EXPECT_EQ(ann.GetPointCount(), 0);
+    }
+
+    Ann ready;
+    ASSERT_EQ(ready.Init(data, 1, 3), RESULT_OK);
+    const std::vector<Case> queryCases = {
+        {"Invalid input: indexRes == NULL && distanceRes == NULL", RESULT_INVALID_INPUT,
+         [&](Ann& a) { return a.FindNearestNeighbors(data, 1, 1, nullptr, nullptr); }},
+        {"Invalid input: indexRes == NULL && distanceRes == NULL", RESULT_INVALID_INPUT,
+         [&](Ann& a) { return a.FindNearestNeighbors(&oneList, 1, nullptr, nullptr); }},
+        {"Invalid input: indexRes == NULL && distanceRes == NULL", RESULT_INVALID_INPUT,
+         [&](Ann& a) { return a.FindNearestNeighbors(data, 1.0, nullptr, nullptr); }},
+        {"Ann::FindNearestNeighbors: queryData == NULL || queryCount < 0 || k < 1",
+         RESULT_INVALID_INPUT,
+         [&](Ann& a) { return a.FindNearestNeighbors(data, 1, 0, ids, dists); }},
+        {"Ann::FindNearestNeighbors: queryList == NULL || k < 1", RESULT_INVALID_INPUT,
+         [&](Ann& a) { return a.FindNearestNeighbors(nullptr, 1, ids, dists); }},
+        {"Ann::FindNearestNeighbors: query == NULL || radius < 0", RESULT_INVALID_INPUT,
+         [&](Ann& a) { return a.FindNearestNeighbors(data, -1.0, &idVec, nullptr); }},
+    };
+    for (const Case& c : queryCases) {
+        zoltest::LogCapture log;
+        EXPECT_EQ(c.call(ready), c.status) << c.line;
+        EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
+    }
+    // A failed Init leaves the index empty.
+    EXPECT_EQ(ready.Init(nan, 1, 3), RESULT_NOT_READY);
+    EXPECT_EQ(ready.GetPointCount(), 0);
+}
+
+TEST(Ann, IndexesBuiltAndQueriedOnSeveralThreadsAtOnceGiveSequentialResults) {
+    // The kd-tree library keeps process-wide search state, so this only holds because
+    // every build, search and release is serialised behind one lock.
+    const int threads = 4, k = 6;
+    std::vector<std::vector<double>> data, queries;
+    std::vector<std::vector<int>> expected(threads), got(threads);
+    for (int t = 0; t < threads; ++t) {
+        data.push_back(Flatten(zoltest::RandomPoints(1500 + 100 * t, 30 + t)));
+        queries.push_back(Flatten(zoltest::RandomPoints(500, 40 + t)));
+    }
+    auto work = [&](int t, std::vector<int>* out) {
+        for (int round = 0; round < 8; ++round) {
+            Ann ann;
+            ann.Init(data[t].data(), static_cast<int>(data[t].size() / 3), 3);
+            out->assign(500 * k, -1);
+            ann.FindNearestNeighbors(queries[t].data(), 500, k, out->data(), nullptr);
+            std::vector<int> inside;
+            ann.FindNearestNeighbors(queries[t].data(), 0.1, &inside, nullptr);
+            out->insert(out->end(), inside.begin(), inside.end());
+        }
+    };
+    for (int t = 0; t < threads; ++t) work(t, &expected[t]);
+    std::vector<std::thread> workers;
+    for (int t = 0; t < threads; ++t) workers.emplace_back(work, t, &got[t]);
+    for (std::thread& w : workers) w.join();
+    EXPECT_EQ(got, expected);
+}

@@ -1,0 +1,266 @@
+// PointCloudInfo: building the index of a cloud, filling the neighbour cache in
+// parallel (FindNeighborsMT), and answering one point's neighbour list.
+#include <zol/runtime/PointCloudInfo.h>
+
+#include <algorithm>
+
+#include <zol/core/IPointList.h>
+#include <zol/runtime/Ann.h>
+#include <zol/runtime/AnnInternal.h>
+#include <zol/runtime/Constants.h>
+#include <zol/runtime/LogInternal.h>
+#include <zol/runtime/ThreadCount.h>
+#include <zol/runtime/ThreadPool.h>
+
+namespace ZOL {
+
+namespace {
+
+/// Among the entries at the nearest distance, puts the point's own index first, so that
+/// duplicates of a point do not displace it from entry 0.
+void PutSelfFirst(int pointId, int* ids, double* dists, int count) {
+    if (count < 1 || ids[0] == pointId) return;
+    for (int j = 1; j < count && dists[j] == dists[0]; ++j) {
+        if (ids[j] == pointId) {
+            std::swap(ids[0], ids[j]);
+            return;
+        }
+    }
+}
+
+/// Task t of n: the selected points t, t + n, t + 2n, ... of the selection list. Each
+/// batch is searched under one acquisition of the index lock; gathering the queries
+/// and writing the cache rows happen outside it.
+class FindNeighborsMT : public TaskBase {
+public:
+    FindNeighborsMT(const AnnImpl* impl,
+                    const std::vector<double>* coords,
+                    const std::vector<int>* selected,
+                    int threadId,
+                    int threadCount,
+                    int k,
+                    int stride,
+                    int* cacheIds,
+                    double* cacheDists,
+                    int* filledCounts)
+        : mpImpl(impl),
+          mpCoords(coords),
+          mpSelected(selected),
+          mThreadId(threadId),
+          mThreadCount(threadCount),
+          mK(k),
+          mStride(stride),
+          mpCacheIds(cacheIds),
+          mpCacheDists(cacheDists),
+          mpFilledCounts(filledCounts) {}
+
+    void Run() override {
+        const std::vector<int>& selected = *mpSelected;
+        const std::vector<double>& coords = *mpCoords;
+        std::vector<double> queries(static_cast<size_t>(kAnnQueryBatch) * 3);
+        std::vector<int> ids(static_cast<size_t>(kAnnQueryBatch) * mK);
+        std::vector<double> dists(ids.size());
+        int batchPoints[kAnnQueryBatch];
+        const size_t total = selected.size();
+        size_t s = static_cast<size_t>(mThreadId);
+        while (s < total) {
+            int count = 0;
+            for (; count < kAnnQueryBatch && s < total; ++count, s += mThreadCount) {
+                const int p = selected[s];
+                batchPoints[count] = p;
+                std::copy_n(&coords[3 * static_cast<size_t>(p)], 3, &queries[3 * count]);
+            }
+            mpImpl->SearchBatch(queries.data(), count, mK, ids.data(), dists.data(), mK);
+            for (int q = 0; q < count; ++q) {
+                const int p = batchPoints[q];
+                int* rowIds = &ids[static_cast<size_t>(q) * mK];
+                double* rowDists = &dists[static_cast<size_t>(q) * mK];
+                PutSelfFirst(p, rowIds, rowDists, mK);
+                const size_t row = static_cast<size_t>(p) * mStride;
+                std::copy_n(rowIds, mK, mpCacheIds + row);
+                std::copy_n(rowDists, mK, mpCacheDists + row);
+                mpFilledCounts[p] = mK;
+            }
+        }
+    }
+
+private:
+    const AnnImpl* mpImpl;
+    const std::vector<double>* mpCoords;
+    const std::vector<int>* mpSelected;
+    int mThreadId;
+    int mThreadCount;
+    int mK;
+    int mStride;
+    int* mpCacheIds;
+    double* mpCacheDists;
+    int* mpFilledCounts;
+};
+
+}  // namespace
+
+PointCloudInfo::PointCloudInfo() : mpAnn(nullptr), mNeighborCount(0) {}
+
+PointCloudInfo::~PointCloudInfo() { Clear(); }
+
+void PointCloudInfo::Clear() {
+    delete mpAnn;
+    mpAnn = nullptr;
+    mNeighborCount = 0;
+    mNeighborIds.clear();
+    mNeighborDistances.clear();
+    mFilledCounts.clear();
+}
+
+Ann* PointCloudInfo::GetAnn() const { return mpAnn; }
+
+int PointCloudInfo::GetNeighborCount() const { return mNeighborCount; }
+
+void PointCloudInfo::WidenCaches(int neighborCount) {
+    if (neighborCount <= mNeighborCount) return;
+    // A wider row layout invalidates every cached row.
+    mNeighborIds.clear();
+    mNeighborDistances.clear();
+    mFilledCounts.clear();
+    mNeighborCount = neighborCount;
+}
+
+void PointCloudInfo::ResizeCaches(int pointCount) {
+    const size_t points = std::max(mFilledCounts.size(), static_cast<size_t>(pointCount));
+    mFilledCounts.resize(points, 0);
+    mNeighborIds.resize(points * mNeighborCount, -1);
+    mNeighborDistances.resize(points * mNeighborCount, REAL_LARGE);
+}
+
+int PointCloudInfo::InitAnn(const IPointCloud* pointCloud, int neighborCount) {
+    if (!pointCloud) {
+        return LogFailure(RESULT_INVALID_INPUT, "PointCloudInfo::InitAnn pointCloud is NULL");
+    }
+    if (!mpAnn) {
+        mpAnn = new Ann;
+        PointCloudPointList pointList(pointCloud);
+        if (mpAnn->Init(&pointList, nullptr) != RESULT_OK) return RESULT_STEP_FAIL;
+    }
+    WidenCaches(neighborCount);
+    ResizeCaches(pointCloud->GetPointCount());
+    return RESULT_OK;
+}
+
+int PointCloudInfo::FindNearestNeighbors(int neighborCount,
+                                         const IPointCloud* pointCloud,
+                                         const std::vector<int>* selection) {
+    if (!pointCloud) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "PointCloudInfo::FindNearestNeighbors pointCloud is NULL");
+    }
+    if (neighborCount < 1) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "PointCloudInfo::FindNearestNeighbors: neighborCount < 1");
+    }
+    if (!mpAnn || !mpAnn->mpImpl) {
+        return LogFailure(RESULT_NOT_READY, "PointCloudInfo::FindNearestNeighbors: InitAnn first");
+    }
+    const AnnImpl* impl = mpAnn->mpImpl.get();
+    if (impl->GetDimension() != 3) {
+        return LogFailure(RESULT_NOT_READY, "PointCloudInfo::FindNearestNeighbors: InitAnn first");
+    }
+    WidenCaches(neighborCount);
+    const int pointCount = pointCloud->GetPointCount();
+    ResizeCaches(pointCount);
+
+    const int threadCount = std::max(GetThreadCount(), 1);
+    ThreadPool pool;
+    const int started = pool.InitThreads(threadCount);
+    if (started < 1) {
+        return LogFailure(RESULT_STEP_FAIL,
+                          "FindNearestNeighbors: invalid thread count = ", started);
+    }
+
+    std::vector<int> selected;
+    if (selection) {
+        std::vector<bool> marked(static_cast<size_t>(pointCount), false);
+        for (int id : *selection) {
+            if (id >= 0 && id < pointCount) marked[id] = true;
+        }
+        for (int i = 0; i < pointCount; ++i) {
+            if (marked[i]) selected.push_back(i);
+        }
+    } else {
+        selected.resize(static_cast<size_t>(pointCount));
+        for (int i = 0; i < pointCount; ++i) selected[i] = i;
+    }
+    std::vector<double> coords;
+    PointCloudPointList pointList(pointCloud);
+    CopyPointListCoords(&pointList, &coords);
+
+    const int k = std::min(neighborCount, impl->GetPointCount());
+    for (int t = 0; t < started; ++t) {
+        TaskBase* task = new FindNeighborsMT(impl, &coords, &selected, t, started, k,
+                                             mNeighborCount, mNeighborIds.data(),
+                                             mNeighborDistances.data(), mFilledCounts.data());
+        const int status = pool.InsertTask(task);
+        if (status != RESULT_OK) {
+            delete task;
+            pool.WaitAll();
+            LogLine("FindNearestNeighbors: InsertTask FindNeighborsMT Failed");
+            return status;
+        }
+    }
+    pool.WaitAll();
+    return RESULT_OK;
+}
+
+int PointCloudInfo::GetNeighbor(int pointId,
+                                int neighborCount,
+                                std::vector<int>* neighborIds,
+                                std::vector<double>* squaredDistances) const {
+    if (!mpAnn || !mpAnn->mpImpl || mpAnn->mpImpl->GetDimension() != 3) {
+        return LogFailure(RESULT_NOT_READY, "PointCloudInfo::GetNeighbor: InitAnn first");
+    }
+    if (neighborCount < 1) {
+        return LogFailure(RESULT_INVALID_INPUT, "PointCloudInfo::GetNeighbor: neighborCount < 1");
+    }
+    if (!neighborIds && !squaredDistances) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "PointCloudInfo::GetNeighbor: neighborIds == NULL && squaredDistances "
+                          "== NULL");
+    }
+    const AnnImpl& impl = *mpAnn->mpImpl;
+    const int k = std::min(neighborCount, impl.GetPointCount());
+    if (GetCachedNeighborCount(pointId) >= k) {
+        const size_t row = static_cast<size_t>(pointId) * mNeighborCount;
+        if (neighborIds) neighborIds->assign(&mNeighborIds[row], &mNeighborIds[row] + k);
+        if (squaredDistances) {
+            squaredDistances->assign(&mNeighborDistances[row], &mNeighborDistances[row] + k);
+        }
+        return RESULT_OK;
+    }
+    if (pointId < 0 || pointId >= impl.GetPointCount()) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "PointCloudInfo::GetNeighbor: invalid pointId = ", pointId);
+    }
+    std::vector<int> ids(static_cast<size_t>(k));
+    std::vector<double> dists(static_cast<size_t>(k));
+    impl.SearchBatch(impl.GetPoint(pointId), 1, k, ids.data(), dists.data(), k);
+    PutSelfFirst(pointId, ids.data(), dists.data(), k);
+    if (neighborIds) neighborIds->swap(ids);
+    if (squaredDistances) squaredDistances->swap(dists);
+    return RESULT_OK;
+}
+
+int PointCloudInfo::GetCachedNeighborCount(int pointId) const {
+    if (pointId < 0 || pointId >= static_cast<int>(mFilledCounts.size())) return 0;
+    return mFilledCounts[pointId];
+}
+
+const int* PointCloudInfo::GetCachedNeighborIds(int pointId) const {
+    if (GetCachedNeighborCount(pointId) < 1) return nullptr;
+    return &mNeighborIds[static_cast<size_t>(pointId) * mNeighborCount];
+}
+
+const double* PointCloudInfo::GetCachedNeighborDistances(int pointId) const {
+    if (GetCachedNeighborCount(pointId) < 1) return nullptr;
+    return &mNeighborDistances[static_cast<size_t>(pointId) * mNeighborCount];
+}
+
+}  // namespace ZOL
