@@ -22,3 +22,9 @@
 
 // Core data model: mesh interface
 #include <zol/core/ITriMesh.h>
+
+// Core data model: point clouds and point lists
+#include <zol/core/IGridPointCloud.h>
+#include <zol/core/IPointCloud.h>
+#include <zol/core/IPointList.h>
+#include <zol/core/PointCloud.h>

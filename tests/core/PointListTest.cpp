@@ -1,0 +1,126 @@
+// Point lists over clouds, meshes and subsets, and their flat coordinate copies.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include <zol/core/IPointList.h>
+#include <zol/core/PointCloud.h>
+
+using namespace ZOL;
+
+namespace {
+
+/// A minimal host mesh: vertices only, enough for a point list.
+class VertexMesh : public ITriMesh {
+public:
+    std::vector<Vector3> coords, normals;
+    int GetVertexCount() const override { return static_cast<int>(coords.size()); }
+    int GetTriangleCount() const override { return 0; }
+    Vector3 GetVertexCoord(int v) override { return coords[v]; }
+    void SetVertexCoord(int v, const Vector3& c) override { coords[v] = c; }
+    Vector3 GetVertexNormal(int v) override { return normals[v]; }
+    void SetVertexNormal(int v, const Vector3& n) override { normals[v] = n; }
+    void GetTriangleVertexIds(int, int[3]) const override {}
+    void SetTriangleVertexIds(int, int, int, int) override {}
+    Vector3 GetTriangleNormal(int) override { return Vector3(); }
+    void SetTriangleNormal(int, const Vector3&) override {}
+    int InsertTriangle(int, int, int) override { return -1; }
+    int InsertVertex(const Vector3& c) override {
+        coords.push_back(c);
+        normals.emplace_back();
+        return GetVertexCount() - 1;
+    }
+    void SwapVertex(int, int) override {}
+    void PopbackVertices(int) override {}
+    void SwapTriangles(int, int) override {}
+    void PopbackTriangles(int) override {}
+    void UpdateNormal() override {}
+    void Clear() override {}
+};
+
+/// A host cloud that is not a PointCloud, to exercise the generic copy path.
+class HostCloud : public IPointCloud {
+public:
+    std::vector<Vector3> coords;
+    int GetPointCount() const override { return static_cast<int>(coords.size()); }
+    Vector3 GetPointCoord(int i) override { return coords[i]; }
+    void SetPointCoord(int i, const Vector3& c) override { coords[i] = c; }
+    Vector3 GetPointNormal(int) override { return Vector3(0, 0, 1); }
+    void SetPointNormal(int, const Vector3&) override {}
+    bool HasNormal() const override { return true; }
+    void SetHasNormal(bool) override {}
+    int InsertPoint(const Vector3& c, const Vector3&) override { return InsertPoint(c); }
+    int InsertPoint(const Vector3& c) override {
+        coords.push_back(c);
+        return GetPointCount() - 1;
+    }
+    void SwapPoint(int, int) override {}
+    void PopbackPoints(int) override {}
+    void Clear() override { coords.clear(); }
+};
+
+}  // namespace
+
+TEST(PointList, CloudListReadsThroughToTheCloud) {
+    PointCloud cloud(true, false, false);
+    cloud.InsertPoint(Vector3(1, 2, 3), Vector3(0, 1, 0));
+    PointCloudPointList list(&cloud);
+    EXPECT_EQ(list.GetPointCount(), 1);
+    EXPECT_EQ(list.GetPointCoord(0), Vector3(1, 2, 3));
+    EXPECT_EQ(list.GetPointNormal(0), Vector3(0, 1, 0));
+    cloud.SetPointCoord(0, Vector3(4, 4, 4));
+    EXPECT_EQ(list.GetPointCoord(0), Vector3(4, 4, 4));
+}
+
+TEST(PointList, MeshAndSampledListsForwardTheirIndices) {
+    VertexMesh mesh;
+    for (int i = 0; i < 5; ++i) mesh.InsertVertex(Vector3(i, -i, 0));
+    mesh.SetVertexNormal(3, Vector3(1, 0, 0));
+    TriMeshPointList meshList(&mesh);
+    EXPECT_EQ(meshList.GetPointCount(), 5);
+    EXPECT_EQ(meshList.GetPointCoord(4), Vector3(4, -4, 0));
+
+    SampledPointList sampled(&meshList, {3, 0, 3});
+    EXPECT_EQ(sampled.GetPointCount(), 3);
+    EXPECT_EQ(sampled.GetPointCoord(0), Vector3(3, -3, 0));
+    EXPECT_EQ(sampled.GetPointNormal(2), Vector3(1, 0, 0));
+    EXPECT_EQ(sampled.GetPointCoord(1), Vector3(0, 0, 0));
+
+    EXPECT_EQ(TriMeshPointList(nullptr).GetPointCount(), 0);
+    EXPECT_EQ(PointCloudPointList(nullptr).GetPointCount(), 0);
+    EXPECT_EQ(SampledPointList(nullptr, {1, 2}).GetPointCount(), 0);
+}
+
+TEST(PointList, FlatCopiesAgreeWithPerPointReadsOnEverySource) {
+    PointCloud cloud(true, false, false);
+    HostCloud host;
+    VertexMesh mesh;
+    for (int i = 0; i < 7; ++i) {
+        const Vector3 p(i * 0.5, i * i, -i);
+        cloud.InsertPoint(p, Vector3(0, i, 0));
+        host.InsertPoint(p);
+        mesh.InsertVertex(p);
+    }
+    PointCloudPointList cloudList(&cloud);
+    PointCloudPointList hostList(&host);
+    TriMeshPointList meshList(&mesh);
+    SampledPointList sampledCloud(&cloudList, {6, 1, 1, 0});
+    SampledPointList sampledHost(&hostList, {6, 1, 1, 0});
+    for (IPointList* list :
+         std::vector<IPointList*>{&cloudList, &hostList, &meshList, &sampledCloud, &sampledHost}) {
+        std::vector<double> xyz{42.0}, nxyz;
+        CopyPointListCoords(list, &xyz);
+        CopyPointListNormals(list, &nxyz);
+        ASSERT_EQ(xyz.size(), 3u * list->GetPointCount());
+        ASSERT_EQ(nxyz.size(), xyz.size());
+        for (int i = 0; i < list->GetPointCount(); ++i) {
+            const Vector3 p = list->GetPointCoord(i);
+            const Vector3 n = list->GetPointNormal(i);
+            EXPECT_EQ(Vector3(xyz[3 * i], xyz[3 * i + 1], xyz[3 * i + 2]), p);
+            EXPECT_EQ(Vector3(nxyz[3 * i], nxyz[3 * i + 1], nxyz[3 * i + 2]), n);
+        }
+    }
+    std::vector<double> xyz{1.0};
+    CopyPointListCoords(nullptr, &xyz);
+    EXPECT_TRUE(xyz.empty());
+}
