@@ -20,11 +20,18 @@
 #include <zol/core/Vector2.h>
 #include <zol/core/Vector3.h>
 
-// Core data model: mesh interface
+// Core data model: triangle meshes
 #include <zol/core/ITriMesh.h>
+#include <zol/core/MeshType.h>
+#include <zol/core/RecordPool.h>
+#include <zol/core/TriMesh.h>
+#include <zol/core/TriMeshInfo.h>
 
 // Core data model: point clouds and point lists
 #include <zol/core/IGridPointCloud.h>
 #include <zol/core/IPointCloud.h>
 #include <zol/core/IPointList.h>
 #include <zol/core/PointCloud.h>
+
+// File exchange: mesh and point-cloud files, POV-Ray scene fragments
+#include <zol/io/Parser.h>

@@ -1,0 +1,114 @@
+// Generators of the shared test meshes.
+#include "tests/common/MeshFactory.h"
+
+#include <cmath>
+
+using ZOL::TriMesh;
+using ZOL::Vector3;
+
+namespace zoltest {
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+const int kCubeTriangles[12][3] = {{0, 2, 1}, {1, 2, 3}, {4, 5, 6}, {5, 7, 6},
+                                   {0, 1, 4}, {1, 5, 4}, {2, 6, 3}, {3, 6, 7},
+                                   {0, 4, 2}, {2, 4, 6}, {1, 3, 5}, {3, 7, 5}};
+
+Vector3 CubeCorner(int index) { return Vector3(index & 1, (index >> 1) & 1, (index >> 2) & 1); }
+
+}  // namespace
+
+TriMesh MakeUnitCube() {
+    TriMesh mesh;
+    for (int i = 0; i < 8; ++i) mesh.InsertVertex(CubeCorner(i));
+    for (const auto& t : kCubeTriangles) mesh.InsertTriangle(t[0], t[1], t[2]);
+    mesh.UpdateNormal();
+    return mesh;
+}
+
+TriMesh MakeUnitCubeSoup() {
+    TriMesh mesh;
+    for (const auto& t : kCubeTriangles) {
+        const int first = mesh.InsertVertex(CubeCorner(t[0]));
+        mesh.InsertVertex(CubeCorner(t[1]));
+        mesh.InsertVertex(CubeCorner(t[2]));
+        mesh.InsertTriangle(first, first + 1, first + 2);
+    }
+    mesh.UpdateNormal();
+    return mesh;
+}
+
+TriMesh MakeGrid(int nx, int ny, double spacing) {
+    TriMesh mesh;
+    mesh.Reserve((nx + 1) * (ny + 1), 2 * nx * ny);
+    for (int j = 0; j <= ny; ++j) {
+        for (int i = 0; i <= nx; ++i) mesh.InsertVertex(Vector3(i * spacing, j * spacing, 0));
+    }
+    for (int j = 0; j < ny; ++j) {
+        for (int i = 0; i < nx; ++i) {
+            const int a = j * (nx + 1) + i;
+            const int b = a + 1;
+            const int c = a + nx + 1;
+            const int d = c + 1;
+            mesh.InsertTriangle(a, b, d);
+            mesh.InsertTriangle(a, d, c);
+        }
+    }
+    mesh.UpdateNormal();
+    return mesh;
+}
+
+TriMesh MakeCylinder(int segments, int rings, double radius, double height) {
+    TriMesh mesh;
+    for (int r = 0; r <= rings; ++r) {
+        for (int s = 0; s < segments; ++s) {
+            const double angle = 2.0 * kPi * s / segments;
+            mesh.InsertVertex(
+                Vector3(radius * std::cos(angle), radius * std::sin(angle), height * r / rings));
+        }
+    }
+    for (int r = 0; r < rings; ++r) {
+        for (int s = 0; s < segments; ++s) {
+            const int a = r * segments + s;
+            const int b = r * segments + (s + 1) % segments;
+            const int c = a + segments;
+            const int d = b + segments;
+            mesh.InsertTriangle(a, b, d);
+            mesh.InsertTriangle(a, d, c);
+        }
+    }
+    mesh.UpdateNormal();
+    return mesh;
+}
+
+TriMesh MakeSphere(int slices, int stacks, double radius) {
+    TriMesh mesh;
+    const int north = mesh.InsertVertex(Vector3(0, 0, radius));
+    for (int i = 1; i < stacks; ++i) {
+        const double phi = kPi * i / stacks;
+        for (int s = 0; s < slices; ++s) {
+            const double theta = 2.0 * kPi * s / slices;
+            mesh.InsertVertex(Vector3(radius * std::sin(phi) * std::cos(theta),
+                                      radius * std::sin(phi) * std::sin(theta),
+                                      radius * std::cos(phi)));
+        }
+    }
+    const int south = mesh.InsertVertex(Vector3(0, 0, -radius));
+    auto ring = [slices](int i, int s) { return 1 + (i - 1) * slices + s % slices; };
+    for (int s = 0; s < slices; ++s) mesh.InsertTriangle(north, ring(1, s), ring(1, s + 1));
+    for (int i = 1; i + 1 < stacks; ++i) {
+        for (int s = 0; s < slices; ++s) {
+            mesh.InsertTriangle(ring(i + 1, s), ring(i + 1, s + 1), ring(i, s + 1));
+            mesh.InsertTriangle(ring(i + 1, s), ring(i, s + 1), ring(i, s));
+        }
+    }
+    for (int s = 0; s < slices; ++s) {
+        mesh.InsertTriangle(south, ring(stacks - 1, s + 1), ring(stacks - 1, s));
+    }
+    mesh.UpdateNormal();
+    return mesh;
+}
+
+}  // namespace zoltest

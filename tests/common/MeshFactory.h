@@ -1,0 +1,26 @@
+// Small meshes with known geometry shared by the tests: a unit cube (welded and as a
+// triangle soup), a flat grid, an open cylinder and a UV sphere. All triangles are
+// counter-clockwise seen from outside and every mesh comes with updated normals.
+#pragma once
+
+#include <zol/core/TriMesh.h>
+
+namespace zoltest {
+
+/// The cube [0, 1]^3: 8 vertices (index x + 2y + 4z for corner (x, y, z)) and 12
+/// outward triangles, two per face in the order -z, +z, -y, +y, -x, +x.
+ZOL::TriMesh MakeUnitCube();
+/// The same 12 triangles with three vertices of their own each (36 vertices), as a
+/// binary STL reader delivers them.
+ZOL::TriMesh MakeUnitCubeSoup();
+/// A flat grid of (nx + 1) x (ny + 1) vertices in z = 0 with spacing \p spacing, two
+/// triangles per cell (2 nx ny), normals +z. Vertex (i, j) has index j (nx + 1) + i.
+ZOL::TriMesh MakeGrid(int nx, int ny, double spacing = 1.0);
+/// The open side of a cylinder around the z axis from z = 0 to \p height: (rings + 1)
+/// rows of \p segments vertices, 2 segments rings triangles, normals pointing outward.
+ZOL::TriMesh MakeCylinder(int segments, int rings, double radius, double height);
+/// A closed UV sphere about the origin: two poles and (stacks - 1) rings of \p slices
+/// vertices; 2 slices (stacks - 1) triangles.
+ZOL::TriMesh MakeSphere(int slices, int stacks, double radius);
+
+}  // namespace zoltest

@@ -1,0 +1,343 @@
+// TriMesh: building, attribute arrays, swap/pop, deep copies, normals with their
+// repair passes, coordinate normalisation and vertex welding.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include <zol/core/TriMesh.h>
+
+#include "tests/common/MeshFactory.h"
+#include "tests/common/TestData.h"
+
+using namespace ZOL;
+
+namespace {
+
+void ExpectVec(const Vector3& actual, const Vector3& expected) {
+    EXPECT_DOUBLE_EQ(actual.x, expected.x);
+    EXPECT_DOUBLE_EQ(actual.y, expected.y);
+    EXPECT_DOUBLE_EQ(actual.z, expected.z);
+}
+
+std::vector<int> Corners(const TriMesh& mesh, int triangle) {
+    int ids[3];
+    mesh.GetTriangleVertexIds(triangle, ids);
+    return {ids[0], ids[1], ids[2]};
+}
+
+}  // namespace
+
+TEST(TriMesh, BuildsATriangleAndComputesItsNormal) {
+    TriMesh mesh;
+    mesh.InsertVertex(Vector3(0, 0, 0));
+    mesh.InsertVertex(Vector3(2, 0, 0));
+    mesh.InsertVertex(Vector3(0, 2, 0));
+    EXPECT_EQ(mesh.InsertTriangle(0, 1, 2), 0);
+    mesh.UpdateNormal();
+    EXPECT_EQ(mesh.GetVertexCount(), 3);
+    EXPECT_EQ(mesh.GetTriangleCount(), 1);
+    ExpectVec(mesh.GetTriangleNormal(0), Vector3(0, 0, 1));
+    for (int i = 0; i < 3; ++i) ExpectVec(mesh.GetVertexNormal(i), Vector3(0, 0, 1));
+}
+
+TEST(TriMesh, InsertReturnsCountDerivedIndicesAndZeroNormals) {
+    TriMesh mesh;
+    EXPECT_EQ(mesh.InsertVertex(Vector3(1, 2, 3)), 0);
+    EXPECT_EQ(mesh.InsertVertex(Vector3(4, 5, 6), Vector3(0, 1, 0)), 1);
+    ExpectVec(mesh.GetVertexNormal(0), Vector3());
+    ExpectVec(mesh.GetVertexNormal(1), Vector3(0, 1, 0));
+    EXPECT_EQ(mesh.InsertTriangle(0, 1, 0), 0);
+    EXPECT_EQ(mesh.InsertTriangle(1, 0, 1), 1);
+    ExpectVec(mesh.GetTriangleNormal(1), Vector3());
+    EXPECT_EQ(Corners(mesh, 1), (std::vector<int>{1, 0, 1}));
+    ExpectVec(mesh.GetDefaultColor(), Vector3(0.86, 0.86, 0.86));
+    EXPECT_EQ(mesh.GetMeshType(), MESH_TYPE_UNKNOWN);
+}
+
+TEST(TriMesh, AttributeArraysGrowInStepWithBlackForNewVertices) {
+    TriMesh mesh(true, true, true);
+    EXPECT_TRUE(mesh.HasVertexColor());
+    EXPECT_TRUE(mesh.HasVertexTexCoord());
+    EXPECT_FALSE(mesh.HasTriangleColor());
+    EXPECT_TRUE(mesh.HasTriangleTexCoord());
+    mesh.InsertVertex(Vector3(1, 1, 1));
+    mesh.SetVertexColor(0, Vector3(1, 0.5, 0.25));
+    mesh.InsertVertex(Vector3(2, 2, 2));
+    ExpectVec(mesh.GetVertexColor(0), Vector3(1, 0.5, 0.25));
+    ExpectVec(mesh.GetVertexColor(1), Vector3(0, 0, 0));
+    ExpectVec(mesh.GetVertexTexcoord(1), Vector3(0, 0, 0));
+    mesh.InsertTriangle(0, 1, 1);
+    mesh.SetTriangleTexcoord(0, 2, Vector3(0.5, 0.75, 0));
+    ExpectVec(mesh.GetTriangleTexcoord(0, 2), Vector3(0.5, 0.75, 0));
+
+    // Switching triangle colour on later fills three zero entries per existing triangle.
+    mesh.SetHasTriangleColor(true);
+    for (int k = 0; k < 3; ++k) ExpectVec(mesh.GetTriangleColor(0, k), Vector3());
+    mesh.SetTriangleColor(0, 1, Vector3(0, 1, 0));
+    EXPECT_EQ(mesh.InsertTriangle(1, 0, 0), 1);
+    ExpectVec(mesh.GetTriangleColor(0, 1), Vector3(0, 1, 0));
+    ExpectVec(mesh.GetTriangleColor(1, 1), Vector3());
+
+    // Switching off keeps the values; vertices added meanwhile get zero entries on return.
+    mesh.SetHasVertexColor(false);
+    mesh.InsertVertex(Vector3(3, 3, 3));
+    mesh.SetHasVertexColor(true);
+    ExpectVec(mesh.GetVertexColor(0), Vector3(1, 0.5, 0.25));
+    ExpectVec(mesh.GetVertexColor(2), Vector3());
+}
+
+TEST(TriMesh, SwapAndPopMoveRecordsWithTheirAttributes) {
+    TriMesh mesh = zoltest::MakeUnitCube();
+    mesh.SetHasVertexColor(true);
+    mesh.SetHasTriangleColor(true);
+    for (int i = 0; i < 8; ++i) mesh.SetVertexColor(i, Vector3(i / 10.0, 0, 0));
+    for (int t = 0; t < 12; ++t) {
+        for (int k = 0; k < 3; ++k) mesh.SetTriangleColor(t, k, Vector3(t, k, 0));
+    }
+    const Vector3 normal7 = mesh.GetVertexNormal(7);
+    mesh.SwapVertex(0, 7);
+    ExpectVec(mesh.GetVertexCoord(0), Vector3(1, 1, 1));
+    ExpectVec(mesh.GetVertexNormal(0), normal7);
+    ExpectVec(mesh.GetVertexColor(0), Vector3(0.7, 0, 0));
+    ExpectVec(mesh.GetVertexColor(7), Vector3(0, 0, 0));
+    // Corners are not renumbered by the container.
+    EXPECT_EQ(Corners(mesh, 0), (std::vector<int>{0, 2, 1}));
+
+    mesh.SwapTriangles(0, 11);
+    EXPECT_EQ(Corners(mesh, 0), (std::vector<int>{3, 7, 5}));
+    ExpectVec(mesh.GetTriangleColor(0, 2), Vector3(11, 2, 0));
+    ExpectVec(mesh.GetTriangleColor(11, 1), Vector3(0, 1, 0));
+
+    mesh.PopbackVertices(2);
+    mesh.PopbackTriangles(3);
+    EXPECT_EQ(mesh.GetVertexCount(), 6);
+    EXPECT_EQ(mesh.GetTriangleCount(), 9);
+    // Re-inserted elements get fresh (black) attributes, not the popped ones.
+    EXPECT_EQ(mesh.InsertVertex(Vector3(5, 5, 5)), 6);
+    ExpectVec(mesh.GetVertexColor(6), Vector3());
+    ExpectVec(mesh.GetVertexNormal(6), Vector3());
+    EXPECT_EQ(mesh.InsertTriangle(0, 1, 2), 9);
+    ExpectVec(mesh.GetTriangleColor(9, 0), Vector3());
+    ExpectVec(mesh.GetTriangleNormal(9), Vector3());
+
+    // Popping more than there is empties the mesh; the mesh is reusable afterwards.
+    mesh.PopbackTriangles(100);
+    mesh.PopbackVertices(100);
+    EXPECT_EQ(mesh.GetVertexCount(), 0);
+    EXPECT_EQ(mesh.GetTriangleCount(), 0);
+    EXPECT_EQ(mesh.InsertVertex(Vector3(1, 0, 0)), 0);
+    ExpectVec(mesh.GetVertexColor(0), Vector3());
+}
+
+TEST(TriMesh, CopiesAreDeepAndCarryFlagsColourAndType) {
+    TriMesh original = zoltest::MakeUnitCube();
+    original.SetHasVertexColor(true);
+    original.SetVertexColor(3, Vector3(0.1, 0.2, 0.3));
+    original.SetDefaultColor(Vector3(1, 0, 0));
+    original.SetMeshType(MESH_TYPE_SCAN);
+
+    TriMesh copy(original);
+    TriMesh assigned = zoltest::MakeSphere(8, 4, 1.0);
+    assigned = original;
+    for (TriMesh* mesh : {&copy, &assigned}) {
+        EXPECT_EQ(mesh->GetVertexCount(), 8);
+        EXPECT_EQ(mesh->GetTriangleCount(), 12);
+        EXPECT_TRUE(mesh->HasVertexColor());
+        ExpectVec(mesh->GetVertexColor(3), Vector3(0.1, 0.2, 0.3));
+        ExpectVec(mesh->GetDefaultColor(), Vector3(1, 0, 0));
+        EXPECT_EQ(mesh->GetMeshType(), MESH_TYPE_SCAN);
+        for (int t = 0; t < 12; ++t) EXPECT_EQ(Corners(*mesh, t), Corners(original, t));
+        mesh->SetVertexCoord(0, Vector3(9, 9, 9));
+        mesh->SetTriangleVertexIds(0, 7, 7, 7);
+        mesh->SetVertexColor(3, Vector3(1, 1, 1));
+        mesh->Clear();
+    }
+    ExpectVec(original.GetVertexCoord(0), Vector3(0, 0, 0));
+    EXPECT_EQ(Corners(original, 0), (std::vector<int>{0, 2, 1}));
+    ExpectVec(original.GetVertexColor(3), Vector3(0.1, 0.2, 0.3));
+
+    original = original;  // self-assignment keeps the data
+    EXPECT_EQ(original.GetVertexCount(), 8);
+    TriMesh moved(std::move(original));
+    EXPECT_EQ(moved.GetTriangleCount(), 12);
+}
+
+TEST(TriMesh, ClearKeepsFlagsAndAllowsRebuilding) {
+    TriMesh mesh(true, false, false);
+    mesh.InsertVertex(Vector3(1, 2, 3));
+    mesh.SetVertexColor(0, Vector3(1, 1, 1));
+    mesh.Clear();
+    EXPECT_EQ(mesh.GetVertexCount(), 0);
+    EXPECT_TRUE(mesh.HasVertexColor());
+    mesh.InsertVertex(Vector3(4, 5, 6));
+    ExpectVec(mesh.GetVertexColor(0), Vector3());
+    ExpectVec(mesh.GetVertexCoord(0), Vector3(4, 5, 6));
+}
+
+TEST(TriMesh, UpdateNormalGivesOutwardNormalsOnClosedShapes) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    // Corner normals are area-weighted over the corner's triangles, so they lean towards
+    // the faces split at that corner but always point out of the corner's octant.
+    for (int i = 0; i < 8; ++i) {
+        const Vector3 corner = cube.GetVertexCoord(i);
+        const Vector3 normal = cube.GetVertexNormal(i);
+        EXPECT_NEAR(normal.Length(), 1.0, 1e-12);
+        for (int k = 0; k < 3; ++k) EXPECT_GT(normal[k] * (corner[k] - 0.5), 0.0);
+    }
+    for (int t = 0; t < 12; ++t) {
+        const Vector3 n = cube.GetTriangleNormal(t);
+        EXPECT_DOUBLE_EQ(std::abs(n.x) + std::abs(n.y) + std::abs(n.z), 1.0);
+    }
+    TriMesh sphere = zoltest::MakeSphere(24, 12, 2.0);
+    for (int i = 0; i < sphere.GetVertexCount(); ++i) {
+        Vector3 radial = sphere.GetVertexCoord(i);
+        radial.Normalise();
+        EXPECT_GT(radial * sphere.GetVertexNormal(i), 0.99);
+        EXPECT_NEAR(sphere.GetVertexNormal(i).Length(), 1.0, 1e-12);
+    }
+}
+
+TEST(TriMesh, UpdateNormalLeavesIsolatedVerticesZero) {
+    TriMesh mesh = zoltest::MakeUnitCube();
+    const int isolated = mesh.InsertVertex(Vector3(5, 5, 5), Vector3(1, 0, 0));
+    mesh.UpdateNormal();
+    ExpectVec(mesh.GetVertexNormal(isolated), Vector3());
+}
+
+TEST(TriMesh, UpdateNormalRepairsFromTheLastValidCorner) {
+    // A vertex on the cube edge 0-1 used only by a degenerate triangle takes the normal of
+    // that triangle's last valid corner.
+    struct Case {
+        int corners[3];  // -1 marks the new vertex
+        int donor;
+    };
+    const Case cases[] = {{{0, 1, -1}, 1}, {{1, 0, -1}, 0}, {{-1, 0, 1}, 1}, {{0, -1, 1}, 1}};
+    for (const Case& c : cases) {
+        TriMesh mesh = zoltest::MakeUnitCube();
+        const int v = mesh.InsertVertex(Vector3(0.5, 0, 0));
+        int ids[3];
+        for (int k = 0; k < 3; ++k) ids[k] = c.corners[k] < 0 ? v : c.corners[k];
+        mesh.InsertTriangle(ids[0], ids[1], ids[2]);
+        mesh.UpdateNormal();
+        ExpectVec(mesh.GetVertexNormal(v), mesh.GetVertexNormal(c.donor));
+        ExpectVec(mesh.GetTriangleNormal(12), Vector3());
+    }
+}
+
+TEST(TriMesh, UpdateNormalRepairsAcrossSeveralPasses) {
+    // The first degenerate triangle has no valid corner until a later triangle repairs u1.
+    TriMesh mesh = zoltest::MakeUnitCube();
+    const int u1 = mesh.InsertVertex(Vector3(-1, 0, 0));
+    const int u2 = mesh.InsertVertex(Vector3(-2, 0, 0));
+    const int u3 = mesh.InsertVertex(Vector3(-3, 0, 0));
+    mesh.InsertTriangle(u2, u1, u3);
+    mesh.InsertTriangle(0, 1, u1);
+    // A component made only of degenerate triangles keeps zero normals.
+    const int w0 = mesh.InsertVertex(Vector3(7, 0, 0));
+    const int w1 = mesh.InsertVertex(Vector3(8, 0, 0));
+    const int w2 = mesh.InsertVertex(Vector3(9, 0, 0));
+    mesh.InsertTriangle(w0, w1, w2);
+    mesh.UpdateNormal();
+    const Vector3 donor = mesh.GetVertexNormal(1);
+    for (int u : {u1, u2, u3}) ExpectVec(mesh.GetVertexNormal(u), donor);
+    for (int w : {w0, w1, w2}) ExpectVec(mesh.GetVertexNormal(w), Vector3());
+}
+
+TEST(TriMesh, UpdateNormalRepairsVertexWhereOppositeTrianglesCancel) {
+    TriMesh mesh;
+    const int a = mesh.InsertVertex(Vector3(0, 0, 0));
+    const int b = mesh.InsertVertex(Vector3(1, 0, 0));
+    const int c = mesh.InsertVertex(Vector3(1, 1, 0));
+    const int d = mesh.InsertVertex(Vector3(0, 1, 0));
+    const int p = mesh.InsertVertex(Vector3(0.5, -1, 0));
+    mesh.InsertTriangle(a, b, c);
+    mesh.InsertTriangle(a, c, d);
+    mesh.InsertTriangle(p, b, a);
+    mesh.InsertTriangle(p, a, b);
+    mesh.UpdateNormal();
+    ExpectVec(mesh.GetVertexNormal(p), Vector3(0, 0, 1));
+    ExpectVec(mesh.GetTriangleNormal(2), Vector3(0, 0, 1));
+    ExpectVec(mesh.GetTriangleNormal(3), Vector3(0, 0, -1));
+}
+
+TEST(TriMesh, UnifyCoordsCentresAndScalesTheBoundingBox) {
+    TriMesh mesh = zoltest::MakeUnitCube();
+    mesh.SetVertexCoord(7, Vector3(1, 3, 1));  // box [0,1] x [0,3] x [0,1]
+    TriMesh other(mesh);
+    double scale = 0;
+    Vector3 center;
+    mesh.UnifyCoords(1.5, &scale, &center);
+    EXPECT_DOUBLE_EQ(scale, 1.0);
+    ExpectVec(center, Vector3(0.5, 1.5, 0.5));
+    ExpectVec(mesh.GetVertexCoord(7), Vector3(0.5, 1.5, 0.5));
+    ExpectVec(mesh.GetVertexCoord(0), Vector3(-0.5, -1.5, -0.5));
+
+    other.UnifyCoords(scale, center);
+    for (int i = 0; i < 8; ++i) ExpectVec(other.GetVertexCoord(i), mesh.GetVertexCoord(i));
+
+    mesh.UnifyCoords(3.0, nullptr, nullptr);
+    ExpectVec(mesh.GetVertexCoord(7), Vector3(1, 3, 1));
+
+    TriMesh point;
+    point.InsertVertex(Vector3(2, 2, 2));
+    point.UnifyCoords(1.0, &scale, &center);
+    EXPECT_DOUBLE_EQ(scale, 1.0);
+    ExpectVec(point.GetVertexCoord(0), Vector3());
+}
+
+TEST(TriMesh, FuseVertexWeldsACubeSoup) {
+    TriMesh soup = zoltest::MakeUnitCubeSoup();
+    ASSERT_EQ(soup.GetVertexCount(), 36);
+    EXPECT_EQ(soup.FuseVertex(), 0);
+    EXPECT_EQ(soup.GetVertexCount(), 8);
+    EXPECT_EQ(soup.GetTriangleCount(), 12);
+    TriMesh cube = zoltest::MakeUnitCube();
+    for (int t = 0; t < 12; ++t) {
+        const std::vector<int> fused = Corners(soup, t);
+        const std::vector<int> expected = Corners(cube, t);
+        for (int k = 0; k < 3; ++k) {
+            ExpectVec(soup.GetVertexCoord(fused[k]), cube.GetVertexCoord(expected[k]));
+        }
+    }
+    // Survivors are the first occurrences in their original order: triangle 0 is 0, 2, 1.
+    EXPECT_EQ(Corners(soup, 0), (std::vector<int>{0, 1, 2}));
+    soup.UpdateNormal();
+    for (int i = 0; i < 8; ++i) EXPECT_NEAR(soup.GetVertexNormal(i).Length(), 1.0, 1e-12);
+}
+
+TEST(TriMesh, FuseVertexDropsTrianglesThatCollapseAndKeepsAttributes) {
+    TriMesh mesh(true, false, false);
+    mesh.SetHasTriangleColor(true);
+    const Vector3 points[] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 0, 0}, {-0.0, 0, 0},
+                              {0, 1, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 0}};
+    for (const Vector3& p : points) {
+        const int v = mesh.InsertVertex(p);
+        mesh.SetVertexColor(v, Vector3(p.x, p.y, 0.5));
+    }
+    mesh.InsertTriangle(0, 1, 2);
+    mesh.InsertTriangle(3, 4, 8);  // (1,0,0), (0,0,0), (1,0,0): collapses
+    mesh.InsertTriangle(8, 6, 7);
+    for (int t = 0; t < 3; ++t) {
+        for (int k = 0; k < 3; ++k) mesh.SetTriangleColor(t, k, Vector3(t, k, 1));
+    }
+    EXPECT_EQ(mesh.FuseVertex(), 0);
+    EXPECT_EQ(mesh.GetVertexCount(), 4);
+    ASSERT_EQ(mesh.GetTriangleCount(), 2);
+    EXPECT_EQ(Corners(mesh, 0), (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(Corners(mesh, 1), (std::vector<int>{1, 3, 2}));
+    for (int i = 0; i < 4; ++i) {
+        const Vector3 p = mesh.GetVertexCoord(i);
+        ExpectVec(mesh.GetVertexColor(i), Vector3(p.x, p.y, 0.5));
+    }
+    for (int k = 0; k < 3; ++k) ExpectVec(mesh.GetTriangleColor(1, k), Vector3(2, k, 1));
+}
+
+TEST(TriMesh, FuseVertexRejectsFewerThanThreeVertices) {
+    zoltest::LogCapture log;
+    TriMesh mesh;
+    mesh.InsertVertex(Vector3(0, 0, 0));
+    mesh.InsertVertex(Vector3(0, 0, 0));
+    EXPECT_EQ(mesh.FuseVertex(), -2);
+    EXPECT_EQ(mesh.GetVertexCount(), 2);
+    EXPECT_EQ(log.Lines(), std::vector<std::string>{"TriMesh::FuseVertex: vertexCount < 3"});
+}

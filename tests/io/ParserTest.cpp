@@ -1,0 +1,291 @@
+// Reading meshes through Parser: extension dispatch and its log lines, known counts and
+// values of the real files in the shared data folder, and malformed input that must
+// give a log line and null rather than a crash or a mesh that fails later.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <memory>
+#include <random>
+
+#include <zol/core/TriMesh.h>
+#include <zol/io/Parser.h>
+
+#include "tests/common/MeshFactory.h"
+#include "tests/common/TestData.h"
+
+using namespace ZOL;
+
+namespace {
+
+std::unique_ptr<TriMesh> Import(const std::string& path) {
+    return std::unique_ptr<TriMesh>(Parser::ImportTriMesh(path));
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+// Every triangle corner names a vertex: the mesh is safe for any later call.
+void ExpectValidIndices(TriMesh& mesh) {
+    int ids[3];
+    for (int t = 0; t < mesh.GetTriangleCount(); ++t) {
+        mesh.GetTriangleVertexIds(t, ids);
+        for (const int id : ids) ASSERT_TRUE(id >= 0 && id < mesh.GetVertexCount());
+    }
+}
+
+}  // namespace
+
+TEST(Parser, ImportsAMeshByItsExtension) {
+    std::unique_ptr<TriMesh> mesh(
+        Parser::ImportTriMesh(zoltest::DataPath("formats/off/2triangles.off")));
+    ASSERT_NE(mesh, nullptr);
+    EXPECT_EQ(mesh->GetVertexCount(), 4);
+    EXPECT_EQ(mesh->GetTriangleCount(), 2);
+}
+
+TEST(Parser, RealFilesLoadWithTheirKnownCounts) {
+    const struct {
+        const char* file;
+        int vertices;
+        int triangles;
+        bool vertexColor;
+        bool triangleTexcoord;
+    } cases[] = {
+        {"formats/obj/box.obj", 8, 6, false, true},
+        {"formats/obj/crate.obj", 8, 6, false, true},
+        {"formats/obj/cube.OBJ", 8, 12, false, false},
+        {"formats/obj/cube_with_vertexcolors.obj", 8, 12, true, false},
+        {"formats/obj/only_a_part_of_vertexcolors.obj", 5, 3, false, false},
+        {"formats/obj/polygonfaces.obj", 5, 1, false, false},
+        {"formats/obj/textured_tetrahedron.obj", 4, 4, false, true},
+        {"formats/malformed/notenoughindices.obj", 3, 1, false, false},
+        {"formats/malformed/empty.obj", 0, 0, false, false},
+        {"formats/stl/soup.stl", 300, 100, false, false},
+        {"formats/stl/Spider_ascii.stl", 4104, 1368, false, false},
+        {"formats/stl/Spider_binary.stl", 4104, 1368, false, false},
+        {"formats/stl/triangle.stl", 3, 1, false, false},
+        {"formats/stl/unit_cube.STL", 36, 12, false, false},
+        {"formats/off/2triangles.off", 4, 2, false, false},
+        {"formats/off/Cube.off", 8, 6, false, false},
+        {"formats/ply/fuze_ascii.ply", 502, 1000, true, false},
+        {"formats/ply/points_ascii.ply", 5, 0, false, false},
+        {"formats/ply/sphere.ply", 642, 1280, false, false},
+        {"formats/ply/test_sample_ascii.ply", 7, 0, false, false},
+        {"formats/malformed/ply_empty_header.ply", 0, 0, false, false},
+        {"meshes/bunny.off", 3485, 6966, false, false},
+        {"meshes/decimated-knight.off", 502, 1000, false, false},
+        {"meshes/goathead.obj", 2763, 5522, false, false},
+        {"meshes/hammer.obj", 30082, 60160, false, false},
+        {"meshes/sphere.obj", 642, 1280, false, false},
+        {"bunny/bun000.ply", 40256, 0, false, false},
+        {"bunny/bun_zipper_res4.ply", 453, 948, false, false},
+        {"bunny/bun_zipper_res2.ply", 8171, 16301, false, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        std::unique_ptr<TriMesh> mesh = Import(zoltest::DataPath(c.file));
+        ASSERT_NE(mesh, nullptr);
+        EXPECT_EQ(mesh->GetVertexCount(), c.vertices);
+        EXPECT_EQ(mesh->GetTriangleCount(), c.triangles);
+        EXPECT_EQ(mesh->HasVertexColor(), c.vertexColor);
+        EXPECT_EQ(mesh->HasTriangleTexCoord(), c.triangleTexcoord);
+        ExpectValidIndices(*mesh);
+    }
+}
+
+TEST(Parser, RealFilesGiveTheirKnownValues) {
+    std::unique_ptr<TriMesh> bunny = Import(zoltest::DataPath("meshes/bunny.off"));
+    ASSERT_NE(bunny, nullptr);
+    EXPECT_EQ(bunny->GetVertexCoordRef(0).x, -0.0260146);
+    EXPECT_EQ(bunny->GetVertexCoordRef(0).z, 0.0363871);
+
+    // A polygon keeps its first triangle only.
+    std::unique_ptr<TriMesh> pentagon = Import(zoltest::DataPath("formats/obj/polygonfaces.obj"));
+    ASSERT_NE(pentagon, nullptr);
+    const int* ids = pentagon->GetTriangleVertexIdsRef(0);
+    EXPECT_EQ((std::vector<int>(ids, ids + 3)), (std::vector<int>{0, 1, 2}));
+
+    // OBJ colours are taken as they stand.
+    std::unique_ptr<TriMesh> colored =
+        Import(zoltest::DataPath("formats/obj/cube_with_vertexcolors.obj"));
+    ASSERT_NE(colored, nullptr);
+    EXPECT_EQ(colored->GetVertexColor(7).z, 0.78431);
+
+    // PLY colours are bytes scaled to 0..1; the alpha column is ignored.
+    std::unique_ptr<TriMesh> fuze = Import(zoltest::DataPath("formats/ply/fuze_ascii.ply"));
+    ASSERT_NE(fuze, nullptr);
+    const Vector3 c = fuze->GetVertexColor(0);
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(std::round(c[k] * 255) / 255.0, c[k]);
+
+    // "f 1/1 2/2 3/3" corners take the listed texture coordinates.
+    std::unique_ptr<TriMesh> tet =
+        Import(zoltest::DataPath("formats/obj/textured_tetrahedron.obj"));
+    ASSERT_NE(tet, nullptr);
+    EXPECT_EQ(tet->GetTriangleTexcoord(0, 0).x, 0.5440);
+    EXPECT_EQ(tet->GetTriangleTexcoord(0, 0).y, 0.7206);
+
+    // STL coordinates are single precision, widened.
+    std::unique_ptr<TriMesh> ascii = Import(zoltest::DataPath("formats/stl/Spider_ascii.stl"));
+    std::unique_ptr<TriMesh> binary = Import(zoltest::DataPath("formats/stl/Spider_binary.stl"));
+    ASSERT_NE(ascii, nullptr);
+    ASSERT_NE(binary, nullptr);
+    double largest = 0;
+    for (int i = 0; i < ascii->GetVertexCount(); ++i) {
+        largest =
+            std::max(largest, ascii->GetVertexCoordRef(i).Distance(binary->GetVertexCoordRef(i)));
+    }
+    EXPECT_LT(largest, 1e-4);
+}
+
+TEST(Parser, BinaryStlWithSolidHeaderIsReadAsBinary) {
+    std::unique_ptr<TriMesh> cube = Import(zoltest::DataPath("formats/stl/unit_cube.STL"));
+    ASSERT_NE(cube, nullptr);
+    for (int i = 0; i < cube->GetVertexCount(); ++i) {
+        const Vector3& p = cube->GetVertexCoordRef(i);
+        for (int k = 0; k < 3; ++k)
+            EXPECT_TRUE(p[k] == 0 || p[k] == 1 || p[k] == -1 || std::fabs(p[k]) == 0.5) << p[k];
+    }
+}
+
+TEST(Parser, DispatchFailuresAreLogged) {
+    zoltest::LogCapture log;
+    EXPECT_EQ(Parser::ImportTriMesh("meshwithoutextension"), nullptr);
+    EXPECT_EQ(Parser::ImportTriMesh("mesh.obj.gz"), nullptr);
+    EXPECT_EQ(Parser::ImportTriMesh("missing.off"), nullptr);
+    EXPECT_EQ(Parser::ImportTriMesh("missing.stl"), nullptr);
+    EXPECT_EQ(Parser::ImportTriMesh("missing.zpt"), nullptr);
+    EXPECT_EQ(log.Lines(), (std::vector<std::string>{
+                               "Parser::ImportTriMesh: invalid fileName: meshwithoutextension",
+                               "Parser::ImportTriMesh: non support format: mesh.obj.gz",
+                               "Failed to open file: missing.off",
+                               "ImportMeshBySTL:: open failed in asic",
+                               "ImportMeshByZPT failed: can not open file: missing.zpt",
+                           }));
+}
+
+TEST(Parser, ExtensionIsTakenAfterTheLastDotInAnyCase) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    const std::string name = zoltest::ScratchPath("a.b.STL");
+    ASSERT_EQ(Parser::ExportTriMesh(name, &cube), 0);
+    EXPECT_EQ(zoltest::ReadFile(name).substr(0, 21), "zolshapetoolkits mesh");
+    std::unique_ptr<TriMesh> back = Import(name);
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(back->GetTriangleCount(), 12);
+    EXPECT_EQ(back->GetVertexCount(), 36);
+}
+
+TEST(Parser, MalformedFilesGiveNullAndOneLine) {
+    const struct {
+        const char* name;
+        std::string content;
+        std::string line;
+    } cases[] = {
+        {"bad.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 4\n",
+         "ImportMeshByOBJ: invalid vertex index: 4"},
+        {"zero.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 0 1 2\n",
+         "ImportMeshByOBJ: invalid vertex index: 0"},
+        {"negative.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf -1 1 2\n",
+         "ImportMeshByOBJ: invalid vertex index: -1"},
+        {"bad.off", "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 3\n",
+         "ImportMeshByOFF: invalid vertex index: 3"},
+        {"short.off", "OFF\n3 1 0\n0 0 0\n1 0 0\n",
+         "ImportMeshByOFF: unexpected end of file in vertex 2"},
+        {"huge.off", "OFF\n2000000000 2000000000 0\n0 0 0\n",
+         "ImportMeshByOFF: unexpected end of file in vertex 1"},
+        {"nocounts.off", "OFF\n", "ImportMeshByOFF: missing vertex and face counts"},
+        {"negative.off", "OFF\n-3 1 0\n", "ImportMeshByOFF: invalid counts: -3 1"},
+        {"bad.ply",
+         "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float y\n"
+         "property float z\nelement face 1\nproperty list uchar int vertex_indices\n"
+         "end_header\n0 0 0\n3 0 0 7\n",
+         "ImportMeshByPLY: invalid vertex index: 7"},
+        {"short.ply", "ply\nformat ascii 1.0\nelement vertex 4\nend_header\n0 0 0\n",
+         "ImportMeshByPLY: unexpected end of file in vertex 1"},
+        {"noend.ply", "ply\nformat ascii 1.0\n",
+         "ImportMeshByPLY: end_header not found: noend.ply"},
+        {"empty.stl", "", "ImportMeshBySTL:: invalid faceCount: 0"},
+        {"truncated.stl", "solid t\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0",
+         "ImportMeshBySTL:: incomplete facet in asic: 0"},
+        {"version.zpt", "2 0 0 0\n", "Can not support the data format."},
+        {"bad.zpt", "1 1 1 0\n0 0 0 0 0 1 1 1 1\n0 0 1\n",
+         "ImportMeshByZPT: invalid vertex index: 1"},
+        {"badtex.zpt", "1 3 1 3\n0 0 0\n1 0 0\n0 1 0\n0 1 2\n0 0 0\n0 0 0\n0 0 0\n0 1 3\n",
+         "ImportMeshByZPT: invalid texture coordinate index: 3"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        WriteText(c.name, c.content);
+        zoltest::LogCapture log;
+        EXPECT_EQ(Import(c.name), nullptr);
+        EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
+    }
+}
+
+TEST(Parser, MalformedDataFilesAreRejectedWithoutCrash) {
+    zoltest::LogCapture log;
+    EXPECT_EQ(Import(zoltest::DataPath("formats/malformed/malformed.obj")), nullptr);
+    EXPECT_EQ(Import(zoltest::DataPath("formats/stl/stl_empty_bin.stl")), nullptr);
+    const std::string tet = zoltest::DataPath("formats/ply/tet.ply");
+    EXPECT_EQ(Import(tet), nullptr);
+    EXPECT_EQ(log.Lines(), (std::vector<std::string>{
+                               "ImportMeshByOBJ: invalid vertex index: 12",
+                               "ImportMeshBySTL:: invalid faceCount: 0",
+                               "ImportMeshByPLY: binary PLY is not supported: " + tet,
+                           }));
+}
+
+TEST(Parser, BinaryStlCountBeyondTheFileIsRejected) {
+    std::string bytes(84 + 50, '\0');
+    bytes[80] = 2;  // two facets claimed, one present
+    bytes[100] = static_cast<char>(0x80);
+    WriteText("claims_two.stl", bytes);
+    zoltest::LogCapture log;
+    EXPECT_EQ(Import("claims_two.stl"), nullptr);
+    EXPECT_EQ(log.Lines(), std::vector<std::string>{"ImportMeshBySTL:: invalid faceCount: 2"});
+}
+
+TEST(Parser, TextQuirksAreTolerated) {
+    // CRLF line ends, no final newline, tabs, a long comment, odd numbers.
+    const std::string obj = "# " + std::string(700, 'c') +
+                            " v 9 9 9\r\nv\t1 2 3\r\nv 4 5 6 \r\n"
+                            "v 1e999 nan -0\r\nvt 0.25 0.75\r\nf 1/1 2/1 3/1 extra\r\nf 3 2 1";
+    WriteText("quirks.obj", obj);
+    std::unique_ptr<TriMesh> mesh = Import("quirks.obj");
+    ASSERT_NE(mesh, nullptr);
+    ASSERT_EQ(mesh->GetVertexCount(), 3);
+    EXPECT_EQ(mesh->GetTriangleCount(), 2);
+    EXPECT_EQ(mesh->GetVertexCoordRef(1).z, 6.0);
+    EXPECT_TRUE(std::isinf(mesh->GetVertexCoordRef(2).x));
+    EXPECT_TRUE(std::isnan(mesh->GetVertexCoordRef(2).y));
+    EXPECT_FALSE(mesh->HasVertexColor());  // "6 " has a trailing blank, not three more fields
+    ASSERT_TRUE(mesh->HasTriangleTexCoord());
+    EXPECT_EQ(mesh->GetTriangleTexcoord(0, 2).y, 0.75);
+    EXPECT_EQ(mesh->GetTriangleTexcoord(1, 0).x, 0.0);
+
+    WriteText("crlf.off", "OFF\r\n\r\n3 1 0\r\n0 0 0\r\n1 0 0\r\n0 1 0\r\n3 0 1 2");
+    std::unique_ptr<TriMesh> off = Import("crlf.off");
+    ASSERT_NE(off, nullptr);
+    EXPECT_EQ(off->GetTriangleCount(), 1);
+}
+
+TEST(Parser, GarbageNeverCrashes) {
+    std::mt19937 random(5);
+    std::uniform_int_distribution<int> byte(0, 255);
+    const char* extensions[] = {"obj", "stl", "off", "ply", "zpt"};
+    zoltest::LogCapture log;
+    for (int round = 0; round < 40; ++round) {
+        std::string bytes(1 + round * 37, '\0');
+        for (char& b : bytes) b = static_cast<char>(byte(random));
+        // Half of the rounds start like a real header so the body parsers run too.
+        const char* headers[] = {"v 1 2 3\nf ", "solid x\nfacet normal ", "OFF\n5 5 0\n",
+                                 "ply\nelement vertex 3\nend_header\n", "1 3 3 3\n"};
+        for (int e = 0; e < 5; ++e) {
+            const std::string name = "garbage." + std::string(extensions[e]);
+            WriteText(name, (round % 2 ? std::string(headers[e]) : std::string()) + bytes);
+            std::unique_ptr<TriMesh> mesh = Import(name);
+            if (mesh) ExpectValidIndices(*mesh);
+        }
+    }
+}

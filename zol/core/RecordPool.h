@@ -1,0 +1,65 @@
+// Chunked storage for the small records of the mesh containers. Records are handed out
+// from contiguous chunks so that walking a mesh in index order stays cache-friendly,
+// while the containers keep their arrays of record pointers.
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace ZOL {
+
+/// Allocator of records of type \p T in chunks of \p ChunkSize. Freed records are reused
+/// (last freed, first reused); Release() drops every chunk at once. Not thread-safe.
+template <typename T, int ChunkSize = 4096>
+class RecordPool {
+public:
+    RecordPool() = default;
+    RecordPool(const RecordPool&) = delete;
+    RecordPool& operator=(const RecordPool&) = delete;
+    RecordPool(RecordPool&& other) noexcept { Take(other); }
+    RecordPool& operator=(RecordPool&& other) noexcept {
+        if (this != &other) Take(other);
+        return *this;
+    }
+
+    /// \return a record, value-initialised on first use of its slot; reused slots keep
+    /// whatever the caller wrote last, so callers assign every field.
+    T* Allocate() {
+        if (!mFree.empty()) {
+            T* record = mFree.back();
+            mFree.pop_back();
+            return record;
+        }
+        if (mUsedInLast == ChunkSize) {
+            mChunks.emplace_back(new T[ChunkSize]);
+            mUsedInLast = 0;
+        }
+        return &mChunks.back()[mUsedInLast++];
+    }
+    /// Gives \p record back for reuse; it must come from this pool.
+    void Free(T* record) { mFree.push_back(record); }
+    /// Drops every chunk; all records handed out become invalid.
+    void Release() {
+        mChunks.clear();
+        mFree.clear();
+        mFree.shrink_to_fit();
+        mUsedInLast = ChunkSize;
+    }
+
+private:
+    void Take(RecordPool& other) {
+        mChunks = std::move(other.mChunks);
+        mFree = std::move(other.mFree);
+        mUsedInLast = other.mUsedInLast;
+        other.mChunks.clear();
+        other.mFree.clear();
+        other.mUsedInLast = ChunkSize;
+    }
+
+    std::vector<std::unique_ptr<T[]>> mChunks;
+    std::vector<T*> mFree;
+    int mUsedInLast = ChunkSize;
+};
+
+}  // namespace ZOL

@@ -1,0 +1,79 @@
+// File exchange: reading and writing triangle meshes by file extension, and writing
+// scene fragments for the POV-Ray ray tracer. All functions are static and keep no state.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <zol/core/Vector3.h>
+#include <zol/runtime/Export.h>
+
+namespace ZOL {
+
+class ITriMesh;
+class TriMesh;
+
+/// Static file readers and writers. Failures write one log line and return null or a
+/// negative status; nothing is thrown.
+class ZOL_API Parser {
+public:
+    // ---- Triangle meshes ------------------------------------------------------------
+
+    /// Reads a mesh, choosing the format by the extension after the last "." (compared
+    /// lower-cased): "obj", "stl" (ASCII or binary, told by content), "off", "ply"
+    /// (ASCII only) or "zpt".
+    /// \param[in] fileName path of the file.
+    /// \return a new mesh owned by the caller, or null when the name has no extension,
+    ///         the extension is not supported, or the file cannot be opened or is
+    ///         malformed (the log names the cause).
+    static TriMesh* ImportTriMesh(std::string fileName);
+
+    /// Writes a mesh in the format named by the extension after the last "." (compared
+    /// lower-cased): "obj", "stl" (always binary), "ply" (with vertex colours when the
+    /// mesh is a TriMesh that has them), "off" or "zpt" (TriMesh only). Numbers are
+    /// written with six significant digits.
+    /// \param[in] fileName path of the file; an existing file is replaced.
+    /// \param[in] triMesh the mesh; null is reported by the format writer.
+    /// \return 0; -2 when the name has no extension, the mesh is null or the file cannot
+    ///         be opened; -1 when the extension is not supported, "zpt" is asked for a
+    ///         mesh that is not a TriMesh, or writing failed part way.
+    static int ExportTriMesh(std::string fileName, const ITriMesh* triMesh);
+
+    // ---- POV-Ray scene fragments ------------------------------------------------------
+    // Every point is written with its x coordinate negated, turning our right-handed
+    // coordinates into the ray tracer's left-handed ones.
+
+    /// Writes the mesh as one `mesh2` object.
+    /// \param[in] fileName path of the scene fragment.
+    /// \param[in] triMesh the mesh.
+    /// \param[in] color one colour (components 0..1) for the whole mesh; null uses the
+    ///            vertex colours (black when the mesh has none).
+    /// \return 0; -2 when the mesh is null or the file cannot be opened; -1 when writing
+    ///         failed part way.
+    static int ExportTriMeshToPovray(std::string fileName, const TriMesh* triMesh, Vector3* color);
+
+    /// Writes the mesh as one `mesh2` object with its triangle texture coordinates
+    /// (zero when it has none) and a fixed grey material.
+    /// \param[in] fileName path of the scene fragment.
+    /// \param[in] triMesh the mesh.
+    /// \return 0; -2 when the mesh is null or the file cannot be opened; -1 when writing
+    ///         failed part way.
+    static int ExportTextureTriMeshToPovray(std::string fileName, const TriMesh* triMesh);
+
+    /// Writes one cylinder per pair of points (p0, p1), (p2, p3), ...; an unpaired last
+    /// point is ignored.
+    /// \param[in] fileName path of the scene fragment.
+    /// \param[in] points segment end points in pairs.
+    /// \param[in] radius cylinder radius, in model units.
+    /// \param[in] color colour of every cylinder (components 0..1).
+    /// \return 0; -2 when the file cannot be opened; -1 when writing failed part way.
+    static int ExportLineSegmentToPovray(std::string fileName,
+                                         const std::vector<Vector3>& points,
+                                         double radius,
+                                         Vector3 color);
+
+    // ---- Point clouds ---------------------------------------------------------------
+    // (declared and implemented in files of their own)
+};
+
+}  // namespace ZOL
