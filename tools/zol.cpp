@@ -98,6 +98,64 @@ void DemoLog() {
     LogSystem::SetLogFileName("tracklog.txt");
 }
 
+// A unit sphere of oriented, coloured points, written and read back in several formats.
+void DemoPointCloudFiles() {
+    std::printf("[point-cloud files]\n");
+    PointCloud sphere(true, true, false);
+    const int rings = 20, segments = 40;
+    for (int r = 1; r < rings; ++r) {
+        const double theta = ZOL_PI * r / rings;
+        for (int s = 0; s < segments; ++s) {
+            const double phi = 2.0 * ZOL_PI * s / segments;
+            const Vector3 p(std::sin(theta) * std::cos(phi), std::sin(theta) * std::sin(phi),
+                            std::cos(theta));
+            const int id = sphere.InsertPoint(p, p);
+            sphere.SetPointColor(id, (p + Vector3(1, 1, 1)) * 0.5);
+        }
+    }
+    for (const char* extension : {"zbp", "zpc", "ply", "casc", "obj"}) {
+        const std::string name = std::string("zol_demo_sphere.") + extension;
+        const int status = Parser::ExportPointCloud(name, &sphere);
+        PointCloud* back = Parser::ImportPointCloud(name);
+        double worst = 0.0;
+        if (back != nullptr) {
+            for (int i = 0; i < back->GetPointCount(); ++i) {
+                const double d = back->GetPointCoord(i).Distance(sphere.GetPointCoord(i));
+                worst = d > worst ? d : worst;
+            }
+        }
+        std::printf("  %-5s write %d, read %d points (normals %s, colours %s), largest error %g\n",
+                    extension, status, back ? back->GetPointCount() : -1,
+                    back && back->HasNormal() ? "yes" : "no",
+                    back && back->HasColor() ? "yes" : "no", worst);
+        delete back;
+        std::remove(name.c_str());
+    }
+}
+
+// A scanner-style grid cloud: a tilted plane seen through a 16 x 12 grid with holes.
+void DemoGridCloud() {
+    std::printf("[grid cloud]\n");
+    PointCloud grid(false, false, true);
+    grid.InitGrid(16, 12);
+    for (int y = 0; y < 12; ++y) {
+        for (int x = 0; x < 16; ++x) {
+            if ((x * 7 + y * 3) % 5 == 0) continue;  // cells the scanner missed
+            grid.SetGridCoord(x, y, Vector3(x * 0.01, y * 0.01, 0.5 + 0.002 * x));
+        }
+    }
+    const std::string name = "zol_demo_grid.zbg";
+    Parser::ExportGridPointCloud(name, &grid);
+    PointCloud* back = Parser::ImportPointCloud(name);
+    if (back != nullptr) {
+        std::printf("  %d x %d grid, %d valid cells written, %d read back, cell (3, 2) %s\n",
+                    grid.GetWidth(), grid.GetHeight(), grid.GetValidGridCount(),
+                    back->GetValidGridCount(), back->IsGridValid(3, 2) ? "valid" : "empty");
+    }
+    delete back;
+    std::remove(name.c_str());
+}
+
 int RunDemo() {
     const double start = Profiler::GetTime();
     std::printf("zolc2017 demo\n");
@@ -107,6 +165,8 @@ int RunDemo() {
     DemoPlaneAndBox();
     DemoProgress();
     DemoLog();
+    DemoPointCloudFiles();
+    DemoGridCloud();
     std::printf("done in %.3f s\n", Profiler::GetTime() - start);
     return 0;
 }

@@ -42,7 +42,7 @@
 #include <zol/core/IPointList.h>
 #include <zol/core/PointCloud.h>
 
-// File exchange: mesh files and POV-Ray scene fragments
+// File exchange: mesh and point-cloud files, POV-Ray scene fragments
 #include <zol/io/Parser.h>
 
 // Mesh processing: measurement and triangle queries

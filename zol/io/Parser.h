@@ -12,6 +12,9 @@ namespace ZOL {
 
 class ITriMesh;
 class TriMesh;
+class IPointCloud;
+class IGridPointCloud;
+class PointCloud;
 
 /// Static file readers and writers. Failures write one log line and return null or a
 /// negative status; nothing is thrown.
@@ -73,7 +76,41 @@ public:
                                          Vector3 color);
 
     // ---- Point clouds ---------------------------------------------------------------
-    // (declared and implemented in files of their own)
+    // Formats by extension (after the last ".", compared lower-cased); docs/formats.md
+    // describes each: "asc", "xyz", "xyzn" (point text, layout told by the column
+    // count), "casc", "xyzrgb" (coloured point text), "obj" (v / vn lines), "ply"
+    // (ASCII or binary on read, ASCII on write), and the library's own "zpc" (text),
+    // "zbp" (binary) and "zbg" (binary grid cloud).
+
+    /// Reads a point cloud. A PLY range scan with a "range_grid" element, or a ZBG
+    /// file, gives a cloud with grid topology and its cell map filled. Points whose
+    /// coordinates are not finite are dropped (one log line).
+    /// \param[in] fileName path of the file.
+    /// \return a new cloud owned by the caller, or null when the name has no extension,
+    ///         the extension is not supported, or the file cannot be opened or is
+    ///         malformed (the log names the cause).
+    static PointCloud* ImportPointCloud(std::string fileName);
+
+    /// Writes a point cloud with its normals and, for a PointCloud, its colours, in the
+    /// format named by the extension. Text formats write the shortest digits that read
+    /// back as the same double; colours are written as bytes (rounded) in "casc" and
+    /// "ply", as fractions elsewhere.
+    /// \param[in] fileName path of the file; an existing file is replaced.
+    /// \param[in] pointCloud the cloud.
+    /// \return 0; -2 when the cloud is null, the name has no extension or the file
+    ///         cannot be written; -1 when the extension is not supported.
+    static int ExportPointCloud(std::string fileName, const IPointCloud* pointCloud);
+
+    /// Writes the valid cells of a grid cloud, in row-major cell order, with the grid:
+    /// "zbg" (binary) or "ply" (ASCII with a "range_grid" element); both read back into
+    /// a grid cloud. Normals are written when the grid has them, colours for a
+    /// PointCloud that has them.
+    /// \param[in] fileName path of the file; an existing file is replaced.
+    /// \param[in] gridPointCloud the grid cloud.
+    /// \return 0; -2 when the cloud is null, its width or height is below 1, the name
+    ///         has no extension or the file cannot be written; -1 when the extension is
+    ///         not supported.
+    static int ExportGridPointCloud(std::string fileName, const IGridPointCloud* gridPointCloud);
 };
 
 }  // namespace ZOL

@@ -1,0 +1,520 @@
+// PLY as a point file. The reader takes ASCII and binary (little- or big-endian)
+// files with any element layout: the vertex element gives x, y, z and optionally
+// nx, ny, nz and red, green, blue (integer colours are bytes, float colours fractions);
+// a range-scanner "range_grid" element (one list per cell, empty or holding the cell's
+// vertex index) together with "obj_info num_cols / num_rows" makes the result a grid
+// cloud. Other elements are skipped. The writer produces ASCII with double coordinates
+// and uchar colours, and for grid clouds the same range_grid element.
+#include <zol/io/PointFormatInternal.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include <zol/runtime/LogInternal.h>
+
+namespace ZOL {
+namespace pointio {
+
+namespace {
+const char* const kWho = "ImportPointCloudByPLY";
+
+enum class Type { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float32, Float64, Invalid };
+
+Type ParseType(std::string_view name) {
+    if (name == "char" || name == "int8") return Type::Int8;
+    if (name == "uchar" || name == "uint8") return Type::UInt8;
+    if (name == "short" || name == "int16") return Type::Int16;
+    if (name == "ushort" || name == "uint16") return Type::UInt16;
+    if (name == "int" || name == "int32") return Type::Int32;
+    if (name == "uint" || name == "uint32") return Type::UInt32;
+    if (name == "float" || name == "float32") return Type::Float32;
+    if (name == "double" || name == "float64") return Type::Float64;
+    return Type::Invalid;
+}
+
+int TypeSize(Type t) {
+    switch (t) {
+        case Type::Int8:
+        case Type::UInt8:
+            return 1;
+        case Type::Int16:
+        case Type::UInt16:
+            return 2;
+        case Type::Int32:
+        case Type::UInt32:
+        case Type::Float32:
+            return 4;
+        case Type::Float64:
+            return 8;
+        default:
+            return 0;
+    }
+}
+
+bool IsFloat(Type t) { return t == Type::Float32 || t == Type::Float64; }
+
+struct Property {
+    std::string name;
+    Type type = Type::Invalid;
+    bool isList = false;
+    Type countType = Type::Invalid;
+};
+
+struct Element {
+    std::string name;
+    std::int64_t count = 0;
+    std::vector<Property> properties;
+};
+
+enum class Format { Ascii, BinaryLittle, BinaryBig };
+
+struct Header {
+    Format format = Format::Ascii;
+    std::vector<Element> elements;
+    std::int64_t numCols = 0;
+    std::int64_t numRows = 0;
+    std::size_t bodyStart = 0;
+};
+
+bool ParseHeader(const std::string& bytes, Header& header) {
+    LineReader reader(bytes);
+    std::string_view line;
+    std::vector<std::string_view> tokens;
+    if (!reader.Next(line) || line != "ply") {
+        LogLine(kWho, ": missing ply magic word");
+        return false;
+    }
+    bool sawFormat = false;
+    while (reader.Next(line)) {
+        SplitTokens(line, tokens);
+        if (tokens.empty() || tokens[0] == "comment") continue;
+        const std::string_view key = tokens[0];
+        if (key == "end_header") {
+            header.bodyStart = reader.Position();
+            if (!sawFormat) LogLine(kWho, ": missing format line");
+            return sawFormat;
+        }
+        if (key == "format" && tokens.size() >= 2) {
+            if (tokens[1] == "ascii") {
+                header.format = Format::Ascii;
+            } else if (tokens[1] == "binary_little_endian") {
+                header.format = Format::BinaryLittle;
+            } else if (tokens[1] == "binary_big_endian") {
+                header.format = Format::BinaryBig;
+            } else {
+                LogLine(kWho, ": unknown format: ", std::string(tokens[1]));
+                return false;
+            }
+            sawFormat = true;
+        } else if (key == "obj_info" && tokens.size() >= 3) {
+            std::int64_t v = 0;
+            if (tokens[1] == "num_cols" && ParseInt(tokens[2], v)) header.numCols = v;
+            if (tokens[1] == "num_rows" && ParseInt(tokens[2], v)) header.numRows = v;
+        } else if (key == "element" && tokens.size() == 3) {
+            Element e;
+            e.name = std::string(tokens[1]);
+            if (!ParseInt(tokens[2], e.count) || e.count < 0) {
+                LogLine(kWho, ": invalid element count in header line ", reader.LineNumber());
+                return false;
+            }
+            header.elements.push_back(std::move(e));
+        } else if (key == "property" && !header.elements.empty()) {
+            Property p;
+            if (tokens.size() == 5 && tokens[1] == "list") {
+                p.isList = true;
+                p.countType = ParseType(tokens[2]);
+                p.type = ParseType(tokens[3]);
+                p.name = std::string(tokens[4]);
+                if (p.countType == Type::Invalid || IsFloat(p.countType)) p.type = Type::Invalid;
+            } else if (tokens.size() == 3) {
+                p.type = ParseType(tokens[1]);
+                p.name = std::string(tokens[2]);
+            }
+            if (p.type == Type::Invalid) {
+                LogLine(kWho, ": invalid property in header line ", reader.LineNumber());
+                return false;
+            }
+            header.elements.back().properties.push_back(std::move(p));
+        } else if (key != "obj_info") {
+            LogLine(kWho, ": invalid header line ", reader.LineNumber());
+            return false;
+        }
+    }
+    LogLine(kWho, ": missing end_header");
+    return false;
+}
+
+// Reads the values of the body one at a time, in ASCII or binary.
+class BodyReader {
+public:
+    BodyReader(const std::string& bytes, std::size_t start, Format format)
+        : mData(reinterpret_cast<const unsigned char*>(bytes.data())),
+          mSize(bytes.size()),
+          mPos(start),
+          mLineEnd(start),
+          mNextLine(start),
+          mFormat(format) {}
+
+    /// Starts the next element instance. In ASCII that is the next non-empty line: its
+    /// values are read from it alone and whatever it holds beyond the declared
+    /// properties is ignored. False when no line is left.
+    bool BeginInstance() {
+        if (mFormat != Format::Ascii) return true;
+        mPos = mNextLine;
+        while (mPos < mSize) {
+            const void* nl = std::memchr(mData + mPos, '\n', mSize - mPos);
+            const std::size_t end =
+                nl == nullptr ? mSize : static_cast<const unsigned char*>(nl) - mData;
+            std::size_t i = mPos;
+            while (i < end && IsSpace(mData[i])) ++i;
+            if (i < end) {
+                mPos = i;
+                mLineEnd = end;
+                mNextLine = end < mSize ? end + 1 : mSize;
+                return true;
+            }
+            mPos = end < mSize ? end + 1 : mSize;
+        }
+        mNextLine = mLineEnd = mPos;
+        return false;
+    }
+
+    /// False at the end of data or on a malformed value.
+    bool Read(Type type, double& value) {
+        if (mFormat == Format::Ascii) return ReadToken(value);
+        const int size = TypeSize(type);
+        if (mSize - mPos < static_cast<std::size_t>(size)) return false;
+        unsigned char b[8];
+        std::memcpy(b, mData + mPos, size);
+        mPos += size;
+        if (mFormat == Format::BinaryBig) std::reverse(b, b + size);
+        value = Decode(type, b);
+        return true;
+    }
+    /// Reads a list length; false unless it is a whole number the rest of the data can hold.
+    bool ReadListCount(Type type, int& count) {
+        double value = 0.0;
+        if (!Read(type, value)) return false;
+        if (!(value >= 0.0 && value <= static_cast<double>(Remaining()))) return false;
+        count = static_cast<int>(value);
+        return count == value;
+    }
+    std::size_t Remaining() const { return mSize - mPos; }
+    bool IsAscii() const { return mFormat == Format::Ascii; }
+
+private:
+    static bool IsSpace(unsigned char c) {
+        return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v';
+    }
+
+    bool ReadToken(double& value) {
+        while (mPos < mLineEnd && IsSpace(mData[mPos])) ++mPos;
+        const std::size_t start = mPos;
+        while (mPos < mLineEnd && !IsSpace(mData[mPos])) ++mPos;
+        if (mPos == start) return false;
+        const char* text = reinterpret_cast<const char*>(mData) + start;
+        return ParseDouble(std::string_view(text, mPos - start), value);
+    }
+
+    static double Decode(Type type, const unsigned char* b) {
+        switch (type) {
+            case Type::Int8:
+                return static_cast<std::int8_t>(b[0]);
+            case Type::UInt8:
+                return b[0];
+            case Type::Int16: {
+                std::int16_t v;
+                std::memcpy(&v, b, 2);
+                return v;
+            }
+            case Type::UInt16: {
+                std::uint16_t v;
+                std::memcpy(&v, b, 2);
+                return v;
+            }
+            case Type::Int32: {
+                std::int32_t v;
+                std::memcpy(&v, b, 4);
+                return v;
+            }
+            case Type::UInt32:
+                return GetU32(b);
+            case Type::Float32: {
+                float v;
+                std::memcpy(&v, b, 4);
+                return v;
+            }
+            default:
+                return GetF64(b);
+        }
+    }
+
+    const unsigned char* mData;
+    std::size_t mSize;
+    std::size_t mPos;
+    std::size_t mLineEnd;   // ASCII: end of the current instance's line
+    std::size_t mNextLine;  // ASCII: where the next instance's search starts
+    Format mFormat;
+};
+
+// Slots of the vertex properties we keep: x y z nx ny nz red green blue.
+int VertexSlot(const std::string& name) {
+    static const char* const kNames[] = {"x", "y", "z", "nx", "ny", "nz", "red", "green", "blue"};
+    for (int i = 0; i < 9; ++i) {
+        if (name == kNames[i]) return i;
+    }
+    if (name == "diffuse_red" || name == "r") return 6;
+    if (name == "diffuse_green" || name == "g") return 7;
+    if (name == "diffuse_blue" || name == "b") return 8;
+    return -1;
+}
+
+// Minimum bytes one instance of \p e takes, so that counts larger than the file can
+// hold are refused before anything is allocated for them.
+std::int64_t MinInstanceBytes(const Element& e, bool ascii) {
+    std::int64_t bytes = 0;
+    for (const Property& p : e.properties) {
+        bytes += ascii ? 2 : (p.isList ? TypeSize(p.countType) : TypeSize(p.type));
+    }
+    return bytes;
+}
+
+bool HasCoordinates(const Element& e) {
+    int found = 0;
+    for (const Property& p : e.properties) {
+        if (!p.isList && (p.name == "x" || p.name == "y" || p.name == "z")) ++found;
+    }
+    return found == 3;
+}
+
+bool ReadVertices(BodyReader& body, const Element& e, PointData& data) {
+    std::vector<int> slots;
+    bool has[9] = {};
+    bool floatColor = false;
+    for (const Property& p : e.properties) {
+        const int s = p.isList ? -1 : VertexSlot(p.name);
+        slots.push_back(s);
+        if (s >= 0) has[s] = true;
+        if (s >= 6) floatColor = floatColor || IsFloat(p.type);
+    }
+    data.hasNormal = has[3] && has[4] && has[5];
+    data.hasColor = has[6] && has[7] && has[8];
+    const std::size_t n = static_cast<std::size_t>(e.count);
+    data.coords.resize(n);
+    if (data.hasNormal) data.normals.resize(n);
+    if (data.hasColor) data.colors.resize(n);
+    const double colorScale = floatColor ? 1.0 : 1.0 / 255.0;
+    for (std::size_t i = 0; i < n; ++i) {
+        if (!body.BeginInstance()) return false;
+        double slot[9] = {};
+        for (std::size_t k = 0; k < e.properties.size(); ++k) {
+            const Property& p = e.properties[k];
+            double value = 0.0;
+            if (p.isList) {
+                int count = 0;
+                if (!body.ReadListCount(p.countType, count)) return false;
+                for (int j = 0; j < count; ++j) {
+                    if (!body.Read(p.type, value)) return false;
+                }
+                continue;
+            }
+            if (!body.Read(p.type, value)) return false;
+            if (slots[k] >= 0) slot[slots[k]] = value;
+        }
+        data.coords[i] = Vector3(slot[0], slot[1], slot[2]);
+        if (data.hasNormal) data.normals[i] = Vector3(slot[3], slot[4], slot[5]);
+        if (data.hasColor) {
+            Vector3 c(slot[6], slot[7], slot[8]);
+            for (int k = 0; k < 3; ++k) c[k] = std::clamp(c[k] * colorScale, 0.0, 1.0);
+            data.colors[i] = c;
+        }
+    }
+    return true;
+}
+
+// Reads the range grid: per cell a list that is empty or holds the cell's vertex.
+// \p vertexCell receives per vertex its cell, -1 if none; false on malformed data.
+bool ReadRangeGrid(BodyReader& body,
+                   const Element& e,
+                   std::size_t vertexCount,
+                   std::vector<int>& vertexCell,
+                   bool& consistent) {
+    vertexCell.assign(vertexCount, -1);
+    consistent = true;
+    if (e.properties.empty()) return true;
+    for (std::int64_t cell = 0; cell < e.count; ++cell) {
+        if (!body.BeginInstance()) return false;
+        for (const Property& p : e.properties) {
+            double value = 0.0;
+            if (!p.isList) {
+                if (!body.Read(p.type, value)) return false;
+                continue;
+            }
+            int count = 0;
+            if (!body.ReadListCount(p.countType, count)) return false;
+            for (int j = 0; j < count; ++j) {
+                if (!body.Read(p.type, value)) return false;
+                if (j > 0 || p.name != "vertex_indices") continue;
+                if (!(value >= 0.0 && value < static_cast<double>(vertexCount)) ||
+                    vertexCell[static_cast<std::size_t>(value)] != -1) {
+                    consistent = false;
+                    continue;
+                }
+                vertexCell[static_cast<std::size_t>(value)] = static_cast<int>(cell);
+            }
+        }
+    }
+    return true;
+}
+
+bool SkipElement(BodyReader& body, const Element& e) {
+    if (e.properties.empty()) return true;  // nothing stored per instance
+    double value = 0.0;
+    for (std::int64_t i = 0; i < e.count; ++i) {
+        if (!body.BeginInstance()) return false;
+        for (const Property& p : e.properties) {
+            if (!p.isList) {
+                if (!body.Read(p.type, value)) return false;
+                continue;
+            }
+            int count = 0;
+            if (!body.ReadListCount(p.countType, count)) return false;
+            for (int j = 0; j < count; ++j) {
+                if (!body.Read(p.type, value)) return false;
+            }
+        }
+    }
+    return true;
+}
+}  // namespace
+
+PointCloud* ImportPointCloudByPLY(const std::string& bytes) {
+    Header header;
+    if (!ParseHeader(bytes, header)) return nullptr;
+    BodyReader body(bytes, header.bodyStart, header.format);
+    PointData data;
+    bool sawVertex = false;
+    const Element* grid = nullptr;
+    std::vector<int> vertexCell;
+    bool gridConsistent = true;
+    for (const Element& e : header.elements) {
+        const std::int64_t minBytes = MinInstanceBytes(e, body.IsAscii());
+        // ASCII: the last value needs no separator after it.
+        const std::int64_t slack = body.IsAscii() ? 1 : 0;
+        if (minBytes > 0 &&
+            e.count > static_cast<std::int64_t>(body.Remaining() / minBytes) + slack) {
+            LogLine(kWho, ": element ", e.name, " count ", e.count, " exceeds the file size");
+            return nullptr;
+        }
+        if (e.count > INT_LARGE) {
+            LogLine(kWho, ": element ", e.name, " count ", e.count, " too large");
+            return nullptr;
+        }
+        bool ok = true;
+        if (e.name == "vertex" && !sawVertex) {
+            if (!HasCoordinates(e)) {
+                LogLine(kWho, ": vertex element lacks x, y or z");
+                return nullptr;
+            }
+            sawVertex = true;
+            ok = ReadVertices(body, e, data);
+        } else if (e.name == "range_grid" && sawVertex && grid == nullptr) {
+            grid = &e;
+            ok = ReadRangeGrid(body, e, data.coords.size(), vertexCell, gridConsistent);
+        } else {
+            ok = SkipElement(body, e);
+        }
+        if (!ok) {
+            LogLine(kWho, ": unexpected end of data or invalid value in element ", e.name);
+            return nullptr;
+        }
+    }
+    if (!sawVertex) {
+        LogLine(kWho, ": no vertex element");
+        return nullptr;
+    }
+    if (grid != nullptr) {
+        const bool coversAll =
+            std::find(vertexCell.begin(), vertexCell.end(), -1) == vertexCell.end();
+        const std::int64_t cells = grid->count;
+        std::int64_t width = header.numCols;
+        std::int64_t height = header.numRows;
+        if (width <= 0 || height <= 0 || width * height != cells) {
+            width = cells;
+            height = 1;
+        }
+        if (!gridConsistent || !coversAll || cells < 1 || cells > kMaxGridCells) {
+            LogLine(kWho, ": range_grid does not map every vertex to one cell, grid ignored");
+        } else {
+            data.width = static_cast<int>(width);
+            data.height = static_cast<int>(height);
+            data.cells = std::move(vertexCell);
+        }
+    }
+    return BuildPointCloud(data, kWho);
+}
+
+int ExportPointCloudByPLY(const std::string& fileName, const PointView& view) {
+    const bool gridView = view.width > 0;
+    std::string out;
+    out.reserve(static_cast<std::size_t>(view.count) * 90 + 512 +
+                (gridView ? static_cast<std::size_t>(view.width) * view.height * 2 : 0));
+    out += "ply\nformat ascii 1.0\ncomment zolc2017 point cloud\n";
+    if (gridView) {
+        out += "obj_info num_cols ";
+        AppendInt(out, view.width);
+        out += "\nobj_info num_rows ";
+        AppendInt(out, view.height);
+        out += '\n';
+    }
+    out += "element vertex ";
+    AppendInt(out, view.count);
+    out += "\nproperty double x\nproperty double y\nproperty double z\n";
+    if (view.normals != nullptr)
+        out += "property double nx\nproperty double ny\nproperty double nz\n";
+    if (view.colors != nullptr) {
+        out += "property uchar red\nproperty uchar green\nproperty uchar blue\n";
+    }
+    if (gridView) {
+        out += "element range_grid ";
+        AppendInt(out, std::int64_t(view.width) * view.height);
+        out += "\nproperty list uchar int vertex_indices\n";
+    }
+    out += "end_header\n";
+    for (int i = 0; i < view.count; ++i) {
+        AppendVector(out, view.coords[i]);
+        if (view.normals != nullptr) {
+            out += ' ';
+            AppendVector(out, view.normals[i]);
+        }
+        if (view.colors != nullptr) {
+            for (int k = 0; k < 3; ++k) {
+                out += ' ';
+                AppendInt(out, ColorToByte(view.colors[i][k]));
+            }
+        }
+        out += '\n';
+    }
+    if (gridView) {
+        std::vector<int> cellPoint(static_cast<std::size_t>(view.width) * view.height, -1);
+        for (int i = 0; i < view.count; ++i) cellPoint[view.cells[i]] = i;
+        for (int p : cellPoint) {
+            if (p < 0) {
+                out += "0\n";
+            } else {
+                out += "1 ";
+                AppendInt(out, p);
+                out += '\n';
+            }
+        }
+    }
+    if (!WriteWholeFile(fileName, out)) {
+        LogLine("ExportPointCloudByPLY: file could not open");
+        return RESULT_INVALID_INPUT;
+    }
+    return RESULT_OK;
+}
+
+}  // namespace pointio
+}  // namespace ZOL
