@@ -11,6 +11,12 @@
 
 // Core data model: value types
 #include <zol/core/Color4.h>
+#include <zol/core/ImageColorId.h>
+#include <zol/core/Matrix4x4.h>
+#include <zol/core/Obb.h>
+#include <zol/core/Plane3.h>
+#include <zol/core/PointOnEdge.h>
+#include <zol/core/PointOnFace.h>
 #include <zol/core/Vector2.h>
 #include <zol/core/Vector3.h>
 
@@ -24,3 +30,10 @@
 #include <zol/core/TriMesh.h>
 #include <zol/core/TriMeshInfo.h>
 #include <zol/core/TriangleList.h>
+
+// Mesh processing: measurement and triangle queries
+#include <zol/mesh/MeasureMesh.h>
+#include <zol/mesh/MeshQueryTool.h>
+
+// Shape detection: primitive fits and tangent-face selection
+#include <zol/shape/DetectShape.h>

@@ -8,7 +8,8 @@ namespace ZOL {
 
 namespace {
 std::uint8_t UnitToByte(double v) {
-    return static_cast<std::uint8_t>(std::clamp(v, 0.0, 1.0) * 255.0);  // truncation
+    if (!(v > 0.0)) return 0;  // also NaN, whose conversion would be undefined
+    return static_cast<std::uint8_t>(std::min(v, 1.0) * 255.0);  // truncation toward zero
 }
 }  // namespace
 

@@ -1,0 +1,241 @@
+// MeshQueryTool: state before and after Init, failures, and the invariants of the box
+// octree on a real scan (partition into leaves, leaf size, boxes containing their
+// subtree, orthonormal axes, depths, node list, shared empty node).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <set>
+
+#include <zol/mesh/MeshQueryTool.h>
+#include <zol/mesh/MeshQueryTreeInternal.h>
+#include <zol/runtime/Constants.h>
+
+#include "tests/common/MeshFactory.h"
+#include "tests/common/MeshHelpers.h"
+#include "tests/common/TestData.h"
+
+using namespace ZOL;
+
+namespace {
+
+// Largest distance by which a point lies outside the box (0 inside).
+double Outside(const Obb& box, const Vector3& p) {
+    double worst = 0.0;
+    for (int a = 0; a < 3; ++a) {
+        const double q = std::abs((p - box.GetCenter()) * box.GetAxis(a));
+        worst = std::max(worst, q - box.GetHalfExtent(a));
+    }
+    return worst;
+}
+
+struct TreeCheck {
+    std::vector<int> leafCount;  // how many leaves hold each triangle
+    int oversizedLeaves = 0;
+    double worstOutside = 0.0;
+    double worstAxis = 0.0;
+    bool depthsOk = true;
+    bool representativesOk = true;
+    std::set<const TreeNode*> reached;
+};
+
+// Walks the tree; returns the triangles of the subtree of node.
+std::vector<uint32_t> Walk(TriMesh& mesh, const TreeNode* node, TreeCheck& check) {
+    check.reached.insert(node);
+    std::vector<uint32_t> subtree;
+    for (int a = 0; a < 3; ++a) {
+        check.worstAxis = std::max(check.worstAxis, std::abs(node->box.GetAxis(a).Length() - 1));
+        check.worstAxis = std::max(check.worstAxis,
+                                   std::abs(node->box.GetAxis(a) * node->box.GetAxis((a + 1) % 3)));
+    }
+    if (node->isLeaf) {
+        subtree = node->triangles;
+        for (uint32_t t : subtree) ++check.leafCount[t];
+        if (subtree.size() > 4) ++check.oversizedLeaves;
+    } else {
+        for (const TreeNode* child : node->children) {
+            if (child == TreeNode::SharedEmptyNode()) continue;
+            if (child->depth != node->depth + 1) check.depthsOk = false;
+            const std::vector<uint32_t> part = Walk(mesh, child, check);
+            subtree.insert(subtree.end(), part.begin(), part.end());
+        }
+        if (node->triangles.size() != 1 ||
+            std::find(subtree.begin(), subtree.end(), node->triangles[0]) == subtree.end())
+            check.representativesOk = false;
+    }
+    for (uint32_t t : subtree) {
+        int ids[3];
+        mesh.GetTriangleVertexIds(static_cast<int>(t), ids);
+        for (int id : ids)
+            check.worstOutside =
+                std::max(check.worstOutside, Outside(node->box, mesh.GetVertexCoord(id)));
+    }
+    return subtree;
+}
+
+}  // namespace
+
+TEST(MeshQueryTool, InitOnACubeBuildsATree) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    MeshQueryTool tool;
+    EXPECT_EQ(tool.Init(&cube), 0);
+    EXPECT_EQ(tool._GetInitializedStatus(), 0);
+    EXPECT_EQ(tool._GetReferenceMesh(), &cube);
+}
+
+TEST(MeshQueryTool, FreshToolIsNotInitialisedAndQueriesAreNotAvailable) {
+    MeshQueryTool tool;
+    EXPECT_EQ(tool._GetInitializedStatus(), -5);
+    EXPECT_EQ(tool._GetMaxSearchRadius(), 1.7e308);
+    EXPECT_EQ(tool._GetReferenceMesh(), nullptr);
+    EXPECT_EQ(tool._GetTree(), nullptr);
+    TriMesh cube = zoltest::MakeUnitCube();
+    ASSERT_EQ(tool.Init(&cube), 0);
+    PointOnFace face;
+    double distance = 0;
+    std::vector<PointOnFace> faces;
+    std::vector<double> distances;
+    std::vector<Vector3> positions;
+    EXPECT_EQ(tool.QueryNearestTriangle(Vector3(), &face, &distance), RESULT_NOT_AVAILABLE);
+    EXPECT_EQ(tool.QueryNearestTriangles({Vector3()}, &faces, &distances), RESULT_NOT_AVAILABLE);
+    EXPECT_EQ(tool.RayIntersections(Vector3(), Vector3(0, 0, 1), 1, &faces, &distances, &positions),
+              RESULT_NOT_AVAILABLE);
+}
+
+TEST(MeshQueryTool, FailedInitsLogAndStoreTheirStatus) {
+    zoltest::LogCapture log;
+    TriMesh cube = zoltest::MakeUnitCube();
+    MeshQueryTool tool;
+    ASSERT_EQ(tool.Init(&cube), 0);
+    const MeshQueryTree* tree = tool._GetTree();
+    // A null mesh is refused before anything is touched.
+    EXPECT_EQ(tool.Init(nullptr), -1);
+    EXPECT_EQ(tool._GetInitializedStatus(), -1);
+    EXPECT_EQ(tool._GetReferenceMesh(), &cube);
+    EXPECT_EQ(tool._GetTree(), tree);
+    // A mesh without triangles has no root box.
+    TriMesh empty;
+    empty.InsertVertex(Vector3());
+    EXPECT_EQ(tool.Init(&empty), -1);
+    EXPECT_EQ(tool._GetInitializedStatus(), -1);
+    EXPECT_EQ(tool._GetReferenceMesh(), &empty);
+    // Non-finite coordinates fail the eigen solve of the root box.
+    TriMesh broken = zoltest::MakeUnitCube();
+    broken.SetVertexCoord(3, Vector3(std::nan(""), 0, 0));
+    EXPECT_EQ(tool.Init(&broken), -1);
+    EXPECT_EQ(log.Lines(),
+              (std::vector<std::string>{
+                  "MeshQueryTool::Init failed: reference mesh is NULL.", "Empty Node. ",
+                  "TreeNode::ComputeBoundingBox: building self-adjoint eigen solver failed. "}));
+    // A later good Init recovers.
+    EXPECT_EQ(tool.Init(&cube), 0);
+}
+
+TEST(MeshQueryTool, SmallOrUnsplittableMeshesGiveASingleLeaf) {
+    TriMesh four;
+    for (int i = 0; i < 6; ++i) four.InsertVertex(Vector3(i, i * i, 0.5 * i));
+    for (int i = 0; i < 4; ++i) four.InsertTriangle(i, i + 1, i + 2);
+    // Ten copies of one triangle share every centroid and every side.
+    TriMesh copies;
+    copies.InsertVertex(Vector3(0, 0, 0));
+    copies.InsertVertex(Vector3(1, 0, 0));
+    copies.InsertVertex(Vector3(0, 2, 0));
+    for (int i = 0; i < 10; ++i) copies.InsertTriangle(0, 1, 2);
+    for (TriMesh* mesh : {&four, &copies}) {
+        MeshQueryTool tool;
+        ASSERT_EQ(tool.Init(mesh), 0);
+        const MeshQueryTree* tree = tool._GetTree();
+        ASSERT_EQ(tree->nodes.size(), 1u);
+        EXPECT_EQ(tree->root, tree->nodes[0]);
+        EXPECT_TRUE(tree->root->isLeaf);
+        EXPECT_EQ(tree->root->triangles.size(), size_t(mesh->GetTriangleCount()));
+        EXPECT_EQ(tree->maxLeafTriangles, 4);
+    }
+}
+
+TEST(MeshQueryTool, RootBoxIsThePrincipalBoxSymmetricAboutTheMeanCentroid) {
+    // An octahedron stretched to +8 on x and moved to (1, 2, 3): the mean centroid is
+    // (1 + 2/3, 2, 3), the axes stay x, y, z (largest spread first) and the x half-extent
+    // reaches the farther tip, 8 - 2/3, not half the span.
+    const Vector3 offset(1, 2, 3);
+    TriMesh octahedron;
+    for (const Vector3& p : {Vector3(8, 0, 0), Vector3(-4, 0, 0), Vector3(0, 2, 0),
+                             Vector3(0, -2, 0), Vector3(0, 0, 1), Vector3(0, 0, -1)})
+        octahedron.InsertVertex(p + offset);
+    for (int x : {0, 1})
+        for (int y : {2, 3})
+            for (int z : {4, 5}) octahedron.InsertTriangle(x, y, z);
+    MeshQueryTool tool;
+    ASSERT_EQ(tool.Init(&octahedron), 0);
+    const Obb& box = tool._GetTree()->root->box;
+    EXPECT_NEAR(std::abs(box.GetAxis(0).x), 1.0, 1e-12);
+    EXPECT_NEAR(std::abs(box.GetAxis(1).y), 1.0, 1e-12);
+    EXPECT_NEAR((box.GetAxis(0).CrossProduct(box.GetAxis(1)) - box.GetAxis(2)).Length(), 0, 1e-12);
+    EXPECT_NEAR((box.GetCenter() - (offset + Vector3(2.0 / 3, 0, 0))).Length(), 0.0, 1e-14);
+    EXPECT_NEAR(box.GetHalfExtent(0), 8 - 2.0 / 3, 1e-12);
+    EXPECT_NEAR(box.GetHalfExtent(1), 2.0, 1e-12);
+    EXPECT_NEAR(box.GetHalfExtent(2), 1.0, 1e-12);
+}
+
+TEST(MeshQueryTool, BunnyTreePartitionsTrianglesIntoBoxedLeaves) {
+    TriMesh bunny;
+    ASSERT_TRUE(zoltest::LoadOff(zoltest::DataPath("meshes/bunny.off"), bunny));
+    MeshQueryTool tool;
+    ASSERT_EQ(tool.Init(&bunny), 0);
+    const MeshQueryTree* tree = tool._GetTree();
+    ASSERT_NE(tree, nullptr);
+    EXPECT_EQ(tree->mesh, &bunny);
+    EXPECT_EQ(tree->root, tree->nodes[0]);
+    EXPECT_EQ(tree->root->depth, 0);
+    EXPECT_EQ(tree->maxDistance, 1.7e308);
+
+    TreeCheck check;
+    check.leafCount.assign(bunny.GetTriangleCount(), 0);
+    Walk(bunny, tree->root, check);
+    EXPECT_TRUE(
+        std::all_of(check.leafCount.begin(), check.leafCount.end(), [](int c) { return c == 1; }));
+    EXPECT_EQ(check.oversizedLeaves, 0);
+    EXPECT_LT(check.worstOutside, 1e-12);
+    EXPECT_LT(check.worstAxis, 1e-12);
+    EXPECT_TRUE(check.depthsOk);
+    EXPECT_TRUE(check.representativesOk);
+    // The node list holds exactly the reachable allocated nodes, never the shared one.
+    EXPECT_EQ(check.reached.size(), tree->nodes.size());
+    EXPECT_EQ(std::set<const TreeNode*>(tree->nodes.begin(), tree->nodes.end()), check.reached);
+    EXPECT_EQ(std::count(tree->nodes.begin(), tree->nodes.end(), TreeNode::SharedEmptyNode()), 0);
+    EXPECT_TRUE(TreeNode::SharedEmptyNode()->triangles.empty());
+}
+
+TEST(MeshQueryTool, HostMeshBuildsTheSameTreeAndCopiesOwnTheirTree) {
+    TriMesh sphere = zoltest::MakeSphere(24, 12, 1.0);
+    zoltest::ForwardingMesh host(sphere);
+    MeshQueryTool fast, viaInterface;
+    ASSERT_EQ(fast.Init(&sphere), 0);
+    ASSERT_EQ(viaInterface.Init(&host), 0);
+    const MeshQueryTree* a = fast._GetTree();
+    const MeshQueryTree* b = viaInterface._GetTree();
+    ASSERT_EQ(a->nodes.size(), b->nodes.size());
+    for (size_t i = 0; i < a->nodes.size(); ++i) {
+        EXPECT_EQ(a->nodes[i]->triangles, b->nodes[i]->triangles);
+        EXPECT_EQ(a->nodes[i]->depth, b->nodes[i]->depth);
+    }
+
+    MeshQueryTool copy;
+    {
+        MeshQueryTool original;
+        ASSERT_EQ(original.Init(&sphere), 0);
+        copy = original;
+        EXPECT_NE(copy._GetTree(), original._GetTree());
+    }
+    const MeshQueryTree* tree = copy._GetTree();
+    ASSERT_EQ(tree->nodes.size(), a->nodes.size());
+    EXPECT_EQ(tree->root, tree->nodes[0]);
+    for (size_t i = 0; i < tree->nodes.size(); ++i) {
+        for (int o = 0; o < 8; ++o) {
+            const TreeNode* child = tree->nodes[i]->children[o];
+            EXPECT_TRUE(child == nullptr || child == TreeNode::SharedEmptyNode() ||
+                        std::count(tree->nodes.begin(), tree->nodes.end(), child) == 1);
+        }
+    }
+    EXPECT_EQ(copy._GetInitializedStatus(), 0);
+}

@@ -1,0 +1,264 @@
+// Dense matrices, the symmetric eigen solver and the three least-squares solvers:
+// known answers, singular systems failing cleanly, and the direct and iterative
+// sparse paths agreeing.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include <zol/runtime/Constants.h>
+#include <zol/runtime/GeneralMatrixInternal.h>
+#include <zol/runtime/LeastSquareSolverInternal.h>
+
+#include "tests/common/TestData.h"
+
+using namespace ZOL;
+
+namespace {
+
+// Overdetermined line fit y = 2 x + 1 through exact samples, as sparse triplets.
+std::vector<SparseTriplet> LineFitTriplets(int sampleCount, std::vector<double>& b) {
+    std::vector<SparseTriplet> triplets;
+    b.clear();
+    for (int i = 0; i < sampleCount; ++i) {
+        triplets.push_back({i, 0, double(i)});
+        triplets.push_back({i, 1, 1.0});
+        b.push_back(2.0 * i + 1.0);
+    }
+    return triplets;
+}
+
+// A 1D smoothing system of the shape normal smoothing builds: a data row per unknown
+// with weight w and a row x_i - mean(neighbours) = 0, some unknowns pinned at 1e10.
+std::vector<SparseTriplet> SmoothingSystem(int n, double w, std::vector<double>& b, int& rows) {
+    std::mt19937 rng(7);
+    std::normal_distribution<double> noise(0.0, 0.3);
+    std::vector<SparseTriplet> t;
+    b.assign(n, 0.0);
+    rows = n;
+    for (int i = 0; i < n; ++i) {
+        const double value = std::sin(0.01 * i) + noise(rng);
+        const double weight = (i % 97 == 0) ? 1e10 : w;
+        t.push_back({i, i, weight});
+        b[i] = weight * value;
+        if (i % 97 == 0) continue;
+        t.push_back({rows, i, 1.0});
+        for (int d : {-2, -1, 1, 2}) t.push_back({rows, (i + d + n) % n, -0.25});
+        b.push_back(0.0);
+        ++rows;
+    }
+    return t;
+}
+
+bool AllFinite(const std::vector<double>& v) {
+    for (double x : v)
+        if (!std::isfinite(x)) return false;
+    return true;
+}
+
+}  // namespace
+
+TEST(GeneralMatrix, IsColumnMajorAndZeroFilled) {
+    GeneralMatrix m(2, 3);
+    m.SetValue(1, 2, 5.0);
+    EXPECT_EQ(m.GetData()[2 * 2 + 1], 5.0);
+    EXPECT_EQ(m.GetValue(0, 0), 0.0);
+    GeneralMatrix3 m3;
+    m3.SetValue(0, 1, 4.0);
+    EXPECT_EQ(m3.GetData()[3], 4.0);
+
+    GeneralMatrix copy = m;
+    m.SetValue(1, 2, 6.0);
+    EXPECT_EQ(copy.GetValue(1, 2), 5.0);
+}
+
+TEST(GeneralMatrix, SettingAMatrixThatIsNotInitialisedLogsAndWritesNothing) {
+    zoltest::LogCapture log;
+    GeneralMatrix m;
+    m.SetValue(0, 0, 1.0);
+    GeneralMatrix3 m3;
+    m3.Free();
+    m3.SetValue(0, 0, 1.0);
+    EXPECT_FALSE(m.IsInitialized());
+    EXPECT_EQ(m3.GetValue(0, 0), 0.0);
+    EXPECT_EQ(log.Lines(), (std::vector<std::string>{"Error: GeneralMatrix is not initialize: ",
+                                                     "Error: GeneralMatrix3 is not initialize: "}));
+}
+
+TEST(GeneralMatrixEigenSolver, EigenvaluesAscendWithUnitEigenvectors) {
+    // Rotated diag(5, 1, 3): eigenvalues 1, 3, 5 belong to the rotated y, z, x axes.
+    const double c = std::cos(0.4), s = std::sin(0.4);
+    const double r[3][3] = {{c, -s, 0}, {s, c, 0}, {0, 0, 1}};
+    const double d[3] = {5, 1, 3};
+    GeneralMatrix3 m;
+    GeneralMatrix g(3, 3);
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j) {
+            double v = 0;
+            for (int k = 0; k < 3; ++k) v += r[i][k] * d[k] * r[j][k];
+            m.SetValue(i, j, v);
+            g.SetValue(i, j, v);
+        }
+    GeneralMatrixEigenSolver solver, general;
+    ASSERT_EQ(solver.Compute(m), 0);
+    ASSERT_EQ(general.Compute(g), 0);
+    const int axisOf[3] = {1, 2, 0};
+    const double expected[3] = {1, 3, 5};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NEAR(solver.GetEigenValue(i), expected[i], 1e-12);
+        EXPECT_NEAR(general.GetEigenValue(i), expected[i], 1e-12);
+        const Vector3 v = solver.GetEigenVector(i);
+        EXPECT_NEAR(v.Length(), 1.0, 1e-14);
+        const Vector3 axis(r[0][axisOf[i]], r[1][axisOf[i]], r[2][axisOf[i]]);
+        EXPECT_NEAR(std::abs(v * axis), 1.0, 1e-12);
+        EXPECT_NEAR(std::abs(general.GetEigenVector(i) * axis), 1.0, 1e-12);
+    }
+}
+
+TEST(GeneralMatrixEigenSolver, FailsOnBadMatricesAndLogsAccessWithoutDecomposition) {
+    zoltest::LogCapture log;
+    GeneralMatrixEigenSolver solver;
+    EXPECT_EQ(solver.GetEigenVector(0), Vector3());
+    EXPECT_EQ(log.Lines(), std::vector<std::string>{
+                               "Error: GeneralMatrixEigenSolver::GetEigenVector mpImpl is NULL"});
+    GeneralMatrix3 nan;
+    nan.SetValue(1, 1, std::nan(""));
+    EXPECT_LT(solver.Compute(nan), 0);
+    EXPECT_LT(solver.Compute(GeneralMatrix(2, 3)), 0);
+    EXPECT_LT(solver.Compute(GeneralMatrix()), 0);
+    EXPECT_EQ(solver.GetDimension(), 0);
+}
+
+TEST(LeastSquareGeneralLDLSolver, FitsALineExactly) {
+    GeneralMatrix a(5, 2);
+    std::vector<double> b;
+    for (int i = 0; i < 5; ++i) {
+        a.SetValue(i, 0, i);
+        a.SetValue(i, 1, 1.0);
+        b.push_back(2.0 * i + 1.0);
+    }
+    LeastSquareGeneralLDLSolver solver;
+    std::vector<double> x;
+    ASSERT_EQ(solver.Factorize(a), 0);
+    ASSERT_EQ(solver.Solve(b, x), 0);
+    EXPECT_NEAR(x[0], 2.0, 1e-12);
+    EXPECT_NEAR(x[1], 1.0, 1e-12);
+}
+
+TEST(LeastSquareGeneralLDLSolver, GivesTheLeastSquaresAnswerOfAnInconsistentSystem) {
+    // x = 1, x = 2, x = 6 -> mean 3; a square system solves exactly.
+    GeneralMatrix a(3, 1);
+    for (int i = 0; i < 3; ++i) a.SetValue(i, 0, 1.0);
+    LeastSquareGeneralLDLSolver solver;
+    std::vector<double> x;
+    ASSERT_EQ(solver.Factorize(a), 0);
+    ASSERT_EQ(solver.Solve({1, 2, 6}, x), 0);
+    EXPECT_NEAR(x[0], 3.0, 1e-14);
+
+    GeneralMatrix square(2, 2);
+    square.SetValue(0, 0, 1e-6);
+    square.SetValue(0, 1, 1.0);
+    square.SetValue(1, 0, 1.0);
+    ASSERT_EQ(solver.Factorize(square), 0);
+    ASSERT_EQ(solver.Solve({3e-6 + 4.0, 3.0}, x), 0);
+    EXPECT_NEAR(x[0], 3.0, 1e-9);
+    EXPECT_NEAR(x[1], 4.0, 1e-9);
+}
+
+TEST(LeastSquareSolvers, SingularSystemsFailWithoutTouchingTheOutput) {
+    // Duplicate columns, a zero column and near-duplicate columns.
+    const std::vector<std::vector<SparseTriplet>> cases = {
+        {{0, 0, 1}, {0, 1, 1}, {1, 0, 2}, {1, 1, 2}, {2, 0, 3}, {2, 1, 3}},
+        {{0, 0, 1}, {1, 0, 2}, {2, 0, 3}},
+        {{0, 0, 1}, {0, 1, 1}, {1, 0, 2}, {1, 1, 2 + 1e-12}, {2, 0, 3}, {2, 1, 3}},
+    };
+    for (const auto& triplets : cases) {
+        SCOPED_TRACE(triplets.size());
+        GeneralMatrix dense(3, 2);
+        for (const SparseTriplet& t : triplets) dense.SetValue(t.row, t.col, t.value);
+        std::vector<double> x = {7.0};
+        LeastSquareSparseLUSolver lu;
+        LeastSquareSparseLLTSolver llt;
+        LeastSquareGeneralLDLSolver ldl;
+        EXPECT_LT(lu.Factorize(3, 2, triplets), 0);
+        EXPECT_LT(llt.Factorize(3, 2, triplets), 0);
+        EXPECT_LT(ldl.Factorize(dense), 0);
+        EXPECT_LT(lu.Solve({1, 2, 3}, x), 0);
+        EXPECT_LT(llt.Solve({1, 2, 3}, x), 0);
+        EXPECT_LT(ldl.Solve({1, 2, 3}, x), 0);
+        EXPECT_EQ(x, std::vector<double>{7.0});
+    }
+}
+
+TEST(LeastSquareSolvers, SolveBeforeFactorizeAndBadArgumentsFail) {
+    std::vector<double> x;
+    EXPECT_EQ(LeastSquareSparseLUSolver().Solve({1}, x), RESULT_NOT_READY);
+    EXPECT_EQ(LeastSquareSparseLLTSolver().Solve({1}, x), RESULT_NOT_READY);
+    EXPECT_EQ(LeastSquareGeneralLDLSolver().Solve({1}, x), RESULT_NOT_READY);
+    EXPECT_TRUE(x.empty());
+
+    LeastSquareSparseLUSolver lu;
+    EXPECT_EQ(lu.Factorize(0, 1, {}), RESULT_INVALID_INPUT);
+    EXPECT_EQ(lu.Factorize(2, 1, {{2, 0, 1.0}}), RESULT_INVALID_INPUT);
+    EXPECT_EQ(lu.Factorize(2, 1, {{0, -1, 1.0}}), RESULT_INVALID_INPUT);
+    EXPECT_EQ(lu.Factorize(2, 1, {{0, 0, std::nan("")}}), RESULT_INVALID_INPUT);
+    EXPECT_EQ(LeastSquareGeneralLDLSolver().Factorize(GeneralMatrix()), RESULT_INVALID_INPUT);
+    ASSERT_EQ(lu.Factorize(2, 1, {{0, 0, 1.0}, {1, 0, 1.0}}), 0);
+    EXPECT_EQ(lu.Solve({1.0}, x), RESULT_INVALID_INPUT);
+    EXPECT_EQ(lu.Solve({1.0, 3.0}, {0.0, 0.0}, x), RESULT_INVALID_INPUT);
+    ASSERT_EQ(lu.Solve({1.0, 3.0}, x), 0);
+    EXPECT_NEAR(x[0], 2.0, 1e-14);
+}
+
+TEST(LeastSquareSolvers, SparseSolversMatchTheDenseAnswerAndSumDuplicateEntries) {
+    std::vector<double> b;
+    std::vector<SparseTriplet> triplets = LineFitTriplets(6, b);
+    // Split one entry in two halves: entries at one position add up.
+    triplets[0].value = 0.0;
+    triplets[4].value = 1.0;
+    triplets.push_back({2, 0, 1.0});
+    std::vector<double> x;
+    LeastSquareSparseLUSolver lu;
+    ASSERT_EQ(lu.Factorize(6, 2, triplets), 0);
+    ASSERT_EQ(lu.Solve(b, x), 0);
+    EXPECT_NEAR(x[0], 2.0, 1e-12);
+    EXPECT_NEAR(x[1], 1.0, 1e-12);
+    LeastSquareSparseLLTSolver llt;
+    ASSERT_EQ(llt.Factorize(6, 2, triplets), 0);
+    ASSERT_EQ(llt.Solve(b, x), 0);
+    EXPECT_NEAR(x[0], 2.0, 1e-12);
+    EXPECT_NEAR(x[1], 1.0, 1e-12);
+}
+
+TEST(LeastSquareSparseLUSolver, IterativePathAgreesWithTheDirectFactors) {
+    // Above the direct limit the LU solver runs CGLS; the Cholesky factor is the oracle.
+    const int n = LeastSquareSparseLUSolver::kDirectLimit + 500;
+    std::vector<double> b;
+    int rows = 0;
+    const std::vector<SparseTriplet> t = SmoothingSystem(n, 0.5, b, rows);
+    LeastSquareSparseLLTSolver llt;
+    std::vector<double> expected;
+    ASSERT_EQ(llt.Factorize(rows, n, t), 0);
+    ASSERT_EQ(llt.Solve(b, expected), 0);
+
+    LeastSquareSparseLUSolver lu;
+    ASSERT_EQ(lu.Factorize(rows, n, t), 0);
+    lu.SetPrecisionDigits(8);
+    std::vector<double> start(n, 0.0), x;
+    for (int i = 0; i < n; ++i) start[i] = b[i] / (i % 97 == 0 ? 1e10 : 0.5);
+    ASSERT_EQ(lu.Solve(b, start, x), 0);
+    ASSERT_TRUE(AllFinite(x));
+    double worst = 0.0;
+    for (int i = 0; i < n; ++i) worst = std::max(worst, std::abs(x[i] - expected[i]));
+    EXPECT_LT(worst, 1e-6);
+    for (int i = 0; i < n; i += 97) EXPECT_NEAR(x[i], b[i] / 1e10, 1e-8);  // pinned values
+
+    // The same system below the limit goes through the LU factor.
+    const int m = 3000;
+    const std::vector<SparseTriplet> small = SmoothingSystem(m, 0.5, b, rows);
+    ASSERT_EQ(llt.Factorize(rows, m, small), 0);
+    ASSERT_EQ(llt.Solve(b, expected), 0);
+    ASSERT_EQ(lu.Factorize(rows, m, small), 0);
+    ASSERT_EQ(lu.Solve(b, x), 0);
+    for (int i = 0; i < m; ++i) ASSERT_NEAR(x[i], expected[i], 1e-9);
+}
