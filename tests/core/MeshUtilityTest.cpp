@@ -1,10 +1,12 @@
 // Free mesh utilities: copy, deletion of vertices and triangles with renumbering,
-// isolated vertices, bounding box, average edge length, and their failures.
+// isolated vertices, bounding box, average edge length, the 2D triangle overlap test,
+// and their failures.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -185,4 +187,56 @@ TEST(MeshUtility, BadArgumentsLogOneLineAndReturnMinusTwo) {
     EXPECT_EQ(log.Lines(), expected);
     EXPECT_EQ(cube.GetVertexCount(), 8);
     EXPECT_EQ(cube.GetTriangleCount(), 12);
+}
+
+TEST(MeshUtility, AverageEdgeLengthRejectsATriangleThatNamesAMissingVertex) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    cube.SetTriangleVertexIds(7, 2, 3, 8);
+    zoltest::LogCapture log;
+    double average = -1;
+    EXPECT_EQ(CalculateTriMeshAverageEdgeLength(&cube, &average), -2);
+    EXPECT_EQ(average, -1);
+    EXPECT_EQ(log.Lines(),
+              std::vector<std::string>{
+                  "CalculateTriMeshAverageEdgeLength: invalid vertex id 8 in triangle 7"});
+}
+
+TEST(MeshUtility, TriangleOverlap2DCountsSharedAreaNotTouching) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const Vector2 unit[3] = {{0, 0}, {1, 0}, {0, 1}};
+    const struct {
+        Vector2 other[3];
+        bool overlap;
+        const char* what;
+    } cases[] = {
+        {{{0.2, 0.2}, {0.4, 0.2}, {0.2, 0.4}}, true, "inside"},
+        {{{-1, -1}, {3, -1}, {-1, 3}}, true, "containing"},
+        {{{0.5, -0.5}, {0.5, 2}, {-1, 0.5}}, true, "crossing sides, no corner inside"},
+        {{{0, 1}, {1, 0}, {1, 1}}, false, "neighbour across the hypotenuse"},
+        {{{0.25, 0.75}, {0.75, 0.25}, {1, 1}}, false, "touching along part of a side"},
+        {{{1, 0}, {2, 0}, {2, 1}}, false, "touching at a corner"},
+        {{{2, 2}, {3, 2}, {2, 3}}, false, "far apart"},
+        {{{0.6, 0.6}, {2, 0.6}, {0.6, 2}}, false, "apart along the hypotenuse normal only"},
+        {{{0.1, 0.1}, {0.2, 0.2}, {0.3, 0.3}}, false, "degenerate, no area"},
+        {{{0.2, 0.2}, {0.2, 0.2}, {0.2, 0.2}}, false, "a point"},
+        {{{0.2, 0.2}, {nan, 0.2}, {0.2, 0.4}}, false, "NaN corner"},
+        {{{0, 0}, {1, 0}, {0, 1}}, true, "identical"},
+        {{{0, 0}, {0, 1}, {1, 0}}, true, "identical, other orientation"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(IsTriangleOverlap2D(unit, c.other), c.overlap) << c.what;
+        EXPECT_EQ(IsTriangleOverlap2D(c.other, unit), c.overlap) << c.what << " (swapped)";
+    }
+    // Sides shared exactly are touching at any position and scale, not overlapping.
+    const Vector2 a[3] = {{0.1, 0.7}, {123.456, -7.25}, {3.3, 9.1}};
+    const Vector2 b[3] = {{123.456, -7.25}, {0.1, 0.7}, {-5.5, -4.4}};
+    EXPECT_FALSE(IsTriangleOverlap2D(a, b));
+    // The tolerance: 0.1 deep needs a tolerance below 0.1; a gap of 0.1 closes below -0.1.
+    const Vector2 deep[3] = {{0.9, 0}, {2, 0}, {0.9, 1}};
+    const Vector2 gap[3] = {{1.1, 0}, {2, 0}, {1.1, 1}};
+    const Vector2 square[3] = {{0, 0}, {1, 0}, {1, 1}};
+    EXPECT_TRUE(IsTriangleOverlap2D(square, deep, 0.05));
+    EXPECT_FALSE(IsTriangleOverlap2D(square, deep, 0.15));
+    EXPECT_FALSE(IsTriangleOverlap2D(square, gap, -0.05));
+    EXPECT_TRUE(IsTriangleOverlap2D(square, gap, -0.15));
 }

@@ -189,3 +189,19 @@ TEST(SubTriMesh, NullParentGivesAnEmptyViewAndALogLine) {
     EXPECT_EQ(view.GetTriangleCount(), 0);
     EXPECT_EQ(log.Lines(), std::vector<std::string>{"SubTriMesh::SubTriMesh: parent == NULL"});
 }
+
+TEST(SubTriMesh, TrianglesNamingMissingVerticesStayOutOfTheView) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    cube.SetTriangleVertexIds(1, 0, 99, 3);
+    cube.SetTriangleVertexIds(2, -5, 1, 5);
+    SubTriMesh byTriangles(&cube, std::vector<int>{0, 1, 2}, BUILD_SUBTRIMESH_BY_TRIANGLE);
+    EXPECT_EQ(byTriangles.GetParentTriangleIds(), std::vector<int>{0});
+    EXPECT_EQ(byTriangles.GetParentVertexIds(), (std::vector<int>{0, 1, 2}));
+    SubTriMesh byVertices(&cube, std::vector<int>{0, 1, 2, 3, 4, 5}, BUILD_SUBTRIMESH_BY_VERTEX);
+    // Triangle 1 (of the z = 0 face) is broken; the others lie on the faces x = 0, x = 1, y = 0.
+    EXPECT_EQ(byVertices.GetParentTriangleIds(), (std::vector<int>{0, 4, 5, 8, 10}));
+    // A copied view reads the same parent through the same maps.
+    const SubTriMesh copy(byVertices);
+    EXPECT_EQ(Corners(copy, 1), Corners(byVertices, 1));
+    EXPECT_EQ(copy.GetParentMesh(), &cube);
+}

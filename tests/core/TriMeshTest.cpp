@@ -2,8 +2,12 @@
 // repair passes, coordinate normalisation and vertex welding.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+#include <string>
 #include <vector>
 
+#include <zol/core/RecordPool.h>
 #include <zol/core/TriMesh.h>
 
 #include "tests/common/MeshFactory.h"
@@ -345,4 +349,131 @@ TEST(TriMesh, FuseVertexRejectsFewerThanThreeVertices) {
     EXPECT_EQ(mesh.FuseVertex(), -2);
     EXPECT_EQ(mesh.GetVertexCount(), 2);
     EXPECT_EQ(log.Lines(), std::vector<std::string>{"TriMesh::FuseVertex: vertexCount < 3"});
+}
+
+TEST(TriMesh, FuseVertexRejectsATriangleOutsideTheMeshAndChangesNothing) {
+    TriMesh soup = zoltest::MakeUnitCubeSoup();
+    soup.SetTriangleVertexIds(4, 12, 36, 14);
+    const TriMesh before(soup);
+    zoltest::LogCapture log;
+    EXPECT_EQ(soup.FuseVertex(), -2);
+    soup.SetTriangleVertexIds(4, 12, -1, 14);
+    EXPECT_EQ(soup.FuseVertex(), -2);
+    EXPECT_EQ(log.Lines(), (std::vector<std::string>{
+                               "TriMesh::FuseVertex: invalid vertex id 36 in triangle 4",
+                               "TriMesh::FuseVertex: invalid vertex id -1 in triangle 4"}));
+    EXPECT_EQ(soup.GetVertexCount(), 36);
+    EXPECT_EQ(soup.GetTriangleCount(), 12);
+    for (int t = 0; t < 12; ++t) {
+        if (t == 4) continue;
+        EXPECT_EQ(Corners(soup, t), Corners(before, t));
+    }
+}
+
+TEST(TriMesh, FuseVertexKeepsEveryVertexWithANaNCoordinate) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    TriMesh mesh;
+    // 0 and 3 weld; 1, 2, 4, 5 carry a NaN (bit-identical pairs included) and all stay.
+    const Vector3 points[] = {{0, 0, 0}, {nan, 0, 0}, {1, nan, 0},
+                              {0, 0, 0}, {nan, 0, 0}, {1, nan, 0}};
+    for (const Vector3& p : points) mesh.InsertVertex(p);
+    mesh.InsertTriangle(0, 1, 2);
+    mesh.InsertTriangle(3, 4, 5);
+    EXPECT_EQ(mesh.FuseVertex(), 0);
+    EXPECT_EQ(mesh.GetVertexCount(), 5);
+    EXPECT_EQ(Corners(mesh, 0), (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(Corners(mesh, 1), (std::vector<int>{0, 3, 4}));
+    EXPECT_TRUE(std::isnan(mesh.GetVertexCoord(3).x));
+}
+
+TEST(TriMesh, FuseVertexOfALargeSoupMatchesABruteForceWeld) {
+    // A grid soup big enough to span many record chunks: every interior grid point is
+    // shared by six triangles and must come out once, with -0 and +0 treated alike.
+    const TriMesh grid = zoltest::MakeGrid(40, 30, 0.25);
+    TriMesh soup;
+    for (int t = 0; t < grid.GetTriangleCount(); ++t) {
+        const int* ids = grid.GetTriangleVertexIdsRef(t);
+        int corner[3];
+        for (int k = 0; k < 3; ++k) {
+            Vector3 p = grid.GetVertexCoordRef(ids[k]);
+            if (t % 2 == 1 && p.x == 0) p.x = -0.0;
+            corner[k] = soup.InsertVertex(p);
+        }
+        soup.InsertTriangle(corner[0], corner[1], corner[2]);
+    }
+    ASSERT_EQ(soup.FuseVertex(), 0);
+    ASSERT_EQ(soup.GetVertexCount(), grid.GetVertexCount());
+    ASSERT_EQ(soup.GetTriangleCount(), grid.GetTriangleCount());
+    for (int t = 0; t < grid.GetTriangleCount(); ++t) {
+        for (int k = 0; k < 3; ++k) {
+            const Vector3& a = soup.GetVertexCoordRef(soup.GetTriangleVertexIdsRef(t)[k]);
+            const Vector3& b = grid.GetVertexCoordRef(grid.GetTriangleVertexIdsRef(t)[k]);
+            ASSERT_TRUE(a.x == b.x && a.y == b.y && a.z == b.z) << t << " " << k;
+        }
+    }
+}
+
+TEST(TriMesh, DegenerateEditsAreHarmless) {
+    TriMesh mesh = zoltest::MakeUnitCube();
+    mesh.SetHasVertexColor(true);
+    mesh.SetVertexColor(3, Vector3(0.3, 0, 0));
+    mesh.SwapVertex(3, 3);
+    mesh.SwapTriangles(5, 5);
+    mesh.PopbackVertices(-4);
+    mesh.PopbackTriangles(0);
+    EXPECT_EQ(mesh.GetVertexCount(), 8);
+    EXPECT_EQ(mesh.GetTriangleCount(), 12);
+    ExpectVec(mesh.GetVertexCoord(3), Vector3(1, 1, 0));
+    ExpectVec(mesh.GetVertexColor(3), Vector3(0.3, 0, 0));
+
+    // Move assignment takes everything; the moved-from mesh stays usable.
+    TriMesh target = zoltest::MakeSphere(6, 3, 1.0);
+    target = std::move(mesh);
+    EXPECT_EQ(target.GetVertexCount(), 8);
+    ExpectVec(target.GetVertexColor(3), Vector3(0.3, 0, 0));
+    mesh.Clear();
+    EXPECT_EQ(mesh.InsertVertex(Vector3(1, 2, 3)), 0);
+    ExpectVec(mesh.GetVertexCoord(0), Vector3(1, 2, 3));
+}
+
+TEST(TriMesh, UpdateNormalSkipsATriangleThatNamesAMissingVertex) {
+    TriMesh mesh = zoltest::MakeUnitCube();
+    const TriMesh reference(mesh);
+    mesh.InsertTriangle(0, 8, 1);
+    mesh.InsertTriangle(-1, 2, 3);
+    mesh.UpdateNormal();
+    for (int v = 0; v < 8; ++v) ExpectVec(mesh.GetVertexNormal(v), reference.GetVertexNormalRef(v));
+    ExpectVec(mesh.GetTriangleNormal(12), Vector3());
+}
+
+// A host may extend the library's mesh and still hand it to algorithms as an ITriMesh.
+class LabelledMesh : public TriMesh {
+public:
+    int label = 7;
+};
+
+TEST(TriMesh, CanBeExtendedByAHostClass) {
+    LabelledMesh mesh;
+    ITriMesh* base = &mesh;
+    base->InsertVertex(Vector3(1, 0, 0));
+    EXPECT_EQ(mesh.GetVertexCount(), 1);
+    EXPECT_EQ(mesh.label, 7);
+}
+
+TEST(RecordPool, RecordsStayDistinctAcrossGrowingChunksAndFreedOnesAreReused) {
+    RecordPool<Vector3> pool;
+    std::vector<Vector3*> records;
+    for (int i = 0; i < 10000; ++i) {
+        records.push_back(pool.Allocate());
+        EXPECT_EQ(records.back()->x, 0.0);  // fresh slots start value-initialised
+        records.back()->x = i;
+    }
+    for (int i = 0; i < 10000; ++i) ASSERT_EQ(records[i]->x, i);
+    pool.Free(records[17]);
+    pool.Free(records[4000]);
+    EXPECT_EQ(pool.Allocate(), records[4000]);
+    EXPECT_EQ(pool.Allocate(), records[17]);
+    pool.Release();
+    Vector3* fresh = pool.Allocate();
+    EXPECT_EQ(fresh->x, 0.0);
 }

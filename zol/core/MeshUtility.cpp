@@ -182,10 +182,18 @@ int CalculateTriMeshAverageEdgeLength(ITriMesh* triMesh, double* averageLength) 
         return LogFailure(RESULT_INVALID_INPUT,
                           "CalculateTriMeshAverageEdgeLength: triangleCount < 1");
     }
+    const int vertexCount = triMesh->GetVertexCount();
     double sum = 0.0;
     int ids[3];
     for (int t = 0; t < triangleCount; ++t) {
         triMesh->GetTriangleVertexIds(t, ids);
+        for (const int id : ids) {
+            if (id < 0 || id >= vertexCount) {
+                return LogFailure(RESULT_INVALID_INPUT,
+                                  "CalculateTriMeshAverageEdgeLength: invalid vertex id ", id,
+                                  " in triangle ", t);
+            }
+        }
         const Vector3 p0 = triMesh->GetVertexCoord(ids[0]);
         const Vector3 p1 = triMesh->GetVertexCoord(ids[1]);
         const Vector3 p2 = triMesh->GetVertexCoord(ids[2]);
@@ -193,6 +201,43 @@ int CalculateTriMeshAverageEdgeLength(ITriMesh* triMesh, double* averageLength) 
     }
     *averageLength = sum / (3.0 * triangleCount);
     return RESULT_OK;
+}
+
+bool IsTriangleOverlap2D(const Vector2 triangle0[3], const Vector2 triangle1[3], double tolerance) {
+    const Vector2* triangles[2] = {triangle0, triangle1};
+    // Do the two shadows on the line through origin along normal overlap by more than the
+    // tolerance? Projections are taken relative to a corner and along the unnormalised
+    // side normal, so both ends of that side, and every corner the triangles share with
+    // them, project to exactly 0: neighbours that share a side come out exactly touching.
+    // NaN coordinates make the comparison false, i.e. separated.
+    const auto overlaps = [&triangles, tolerance](const Vector2& origin, const Vector2& normal) {
+        double lo[2];
+        double hi[2];
+        for (int m = 0; m < 2; ++m) {
+            lo[m] = hi[m] = (triangles[m][0] - origin) * normal;
+            for (int c = 1; c < 3; ++c) {
+                const double d = (triangles[m][c] - origin) * normal;
+                lo[m] = std::min(lo[m], d);
+                hi[m] = std::max(hi[m], d);
+            }
+        }
+        return std::min(hi[0], hi[1]) - std::max(lo[0], lo[1]) > tolerance * normal.Length();
+    };
+    // Two convex polygons with disjoint interiors are split by a line through a side of
+    // one of them, so the six side normals decide; the coordinate axes only matter when
+    // sides have collapsed and give no direction (a triangle shrunk to a point).
+    if (!overlaps(triangle0[0], Vector2(1, 0)) || !overlaps(triangle0[0], Vector2(0, 1))) {
+        return false;
+    }
+    for (const Vector2* owner : triangles) {
+        for (int k = 0; k < 3; ++k) {
+            const Vector2 side = owner[(k + 1) % 3] - owner[k];
+            const Vector2 normal(-side.y, side.x);
+            if (normal.Length() < REAL_TOL) continue;
+            if (!overlaps(owner[k], normal)) return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace ZOL

@@ -1,10 +1,12 @@
 // Free utilities on any ITriMesh: copying, deleting vertices and triangles (by
-// swap-to-end and pop-back), finding isolated vertices, bounding box and edge length.
+// swap-to-end and pop-back), finding isolated vertices, bounding box and edge length,
+// and the overlap test of two triangles in the plane.
 #pragma once
 
 #include <vector>
 
 #include <zol/core/ITriMesh.h>
+#include <zol/core/Vector2.h>
 #include <zol/core/Vector3.h>
 #include <zol/runtime/Export.h>
 
@@ -46,8 +48,22 @@ ZOL_API int CalculateTriMeshBoundingBox(ITriMesh* triMesh, Vector3* bboxMin, Vec
 /// edge shared by two triangles counts twice (on a closed mesh this equals the mean over
 /// distinct edges).
 /// \param[out] averageLength in the unit of the coordinates.
-/// \return 0; -2 when triMesh is null, averageLength is null, or the mesh has no
-/// triangle (checked in this order, logged).
+/// \return 0; -2 when triMesh is null, averageLength is null, the mesh has no triangle,
+/// or a triangle names a vertex outside the mesh (checked in this order, logged).
 ZOL_API int CalculateTriMeshAverageEdgeLength(ITriMesh* triMesh, double* averageLength);
+
+/// Tells whether two triangles in the plane overlap, i.e. share an area (separating-axis
+/// test over the six side normals). Touching does not count: triangles that meet only
+/// along a side or at a corner, as neighbours in a UV layout do, do not overlap, and a
+/// degenerate triangle (no area) overlaps nothing. Either orientation is accepted.
+/// \param[in] triangle0 three corners.
+/// \param[in] triangle1 three corners.
+/// \param[in] tolerance how deep (in coordinate units) the triangles must reach into each
+/// other along every axis to count as overlapping; 0 is the exact test. A negative value
+/// makes touching and slightly apart triangles count as overlapping.
+/// \return true when the triangles overlap by more than \p tolerance.
+ZOL_API bool IsTriangleOverlap2D(const Vector2 triangle0[3],
+                                 const Vector2 triangle1[3],
+                                 double tolerance = 0.0);
 
 }  // namespace ZOL

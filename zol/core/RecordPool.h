@@ -3,15 +3,18 @@
 // while the containers keep their arrays of record pointers.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 #include <vector>
 
 namespace ZOL {
 
-/// Allocator of records of type \p T in chunks of \p ChunkSize. Freed records are reused
-/// (last freed, first reused); Release() drops every chunk at once. Not thread-safe.
-template <typename T, int ChunkSize = 4096>
+/// Allocator of records of type \p T in chunks that double from \p FirstChunk up to
+/// \p MaxChunk records, so a small mesh stays small and a large one needs few chunks.
+/// Freed records are reused (last freed, first reused); Release() drops every chunk at
+/// once. Not thread-safe.
+template <typename T, int FirstChunk = 16, int MaxChunk = 4096>
 class RecordPool {
 public:
     RecordPool() = default;
@@ -31,8 +34,9 @@ public:
             mFree.pop_back();
             return record;
         }
-        if (mUsedInLast == ChunkSize) {
-            mChunks.emplace_back(new T[ChunkSize]);
+        if (mUsedInLast == mLastSize) {
+            mLastSize = mChunks.empty() ? FirstChunk : std::min(2 * mLastSize, MaxChunk);
+            mChunks.emplace_back(new T[mLastSize]());
             mUsedInLast = 0;
         }
         return &mChunks.back()[mUsedInLast++];
@@ -44,7 +48,7 @@ public:
         mChunks.clear();
         mFree.clear();
         mFree.shrink_to_fit();
-        mUsedInLast = ChunkSize;
+        mUsedInLast = mLastSize = 0;
     }
 
 private:
@@ -52,14 +56,16 @@ private:
         mChunks = std::move(other.mChunks);
         mFree = std::move(other.mFree);
         mUsedInLast = other.mUsedInLast;
+        mLastSize = other.mLastSize;
         other.mChunks.clear();
         other.mFree.clear();
-        other.mUsedInLast = ChunkSize;
+        other.mUsedInLast = other.mLastSize = 0;
     }
 
     std::vector<std::unique_ptr<T[]>> mChunks;
     std::vector<T*> mFree;
-    int mUsedInLast = ChunkSize;
+    int mUsedInLast = 0;  // records handed out from the last chunk
+    int mLastSize = 0;    // size of the last chunk (0: no chunk yet)
 };
 
 }  // namespace ZOL

@@ -15,7 +15,7 @@ namespace ZOL {
 
 /// Editable triangle mesh that owns its records. Indices are not range-checked: an index
 /// out of range is a caller error. Not thread-safe for writing; concurrent reads are fine.
-class ZOL_API TriMesh final : public ITriMesh {
+class ZOL_API TriMesh : public ITriMesh {
 public:
     /// One vertex: position and normal.
     struct VertexRecord {
@@ -92,6 +92,7 @@ public:
     /// normalised area-weighted sum of its triangles' normals. A vertex whose sum vanishes
     /// (all its triangles degenerate, or cancelling) takes the normal of a valid neighbour
     /// across a shared triangle, repeatedly; isolated vertices keep a zero normal.
+    /// A triangle naming a vertex outside the mesh is skipped and keeps its normal.
     void UpdateNormal() override;
     /// Frees every record and empties the attribute arrays; flags, default colour and
     /// mesh type stay.
@@ -171,12 +172,14 @@ public:
     /// Applies a known normalisation, p' = (p - objCenter) * scaleValue, e.g. the values
     /// reported by the other form for another mesh.
     void UnifyCoords(double scaleValue, const Vector3& objCenter);
-    /// Welds vertices with exactly equal coordinates (+0 and -0 are equal; no tolerance).
+    /// Welds vertices with exactly equal coordinates (+0 and -0 are equal; no tolerance;
+    /// a vertex with a NaN coordinate equals no other and is kept as it is).
     /// The first vertex (lowest index) of each group survives with its normal and
     /// attributes; survivors keep their relative order. Triangle corners are remapped and
     /// triangles left with two equal corners are dropped (the others keep their order and
     /// per-corner attributes). Expected linear time (hashing).
-    /// \return 0; -2 when the mesh has fewer than 3 vertices (logged, mesh unchanged).
+    /// \return 0; -2 when the mesh has fewer than 3 vertices, or a triangle names a vertex
+    /// outside the mesh (logged, mesh unchanged).
     int FuseVertex();
 
 private:

@@ -46,7 +46,14 @@ void TriMeshInfo::ClearEdgeInfos() {
 }
 
 int TriMeshInfo::CacheDataForEdgeInfos(const ITriMesh* triMesh) {
-    ClearEdgeInfos();
+    // Emptied but not freed: a rebuild after an edit reuses the memory of the last build.
+    mHasEdgeInfos = false;
+    mVertexCount = 0;
+    mTriangleCount = 0;
+    mEdgeVertexIds.clear();
+    mEdgeTriangleOffsets.clear();
+    mEdgeTriangleIds.clear();
+    mTriangleEdgeIds.clear();
     if (triMesh == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "TriMeshInfo::CacheDataForEdgeInfos: triMesh == NULL");

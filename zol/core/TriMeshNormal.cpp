@@ -7,6 +7,17 @@
 
 namespace ZOL {
 
+namespace {
+
+// A broken triangle (corner outside the mesh) takes no part, so that a mesh in the middle
+// of an edit by the caller cannot make the recomputation read out of bounds.
+bool CornersInRange(const int* ids, size_t vertexCount) {
+    return static_cast<size_t>(ids[0]) < vertexCount && static_cast<size_t>(ids[1]) < vertexCount &&
+           static_cast<size_t>(ids[2]) < vertexCount;
+}
+
+}  // namespace
+
 void TriMesh::UpdateNormal() {
     const size_t vertexCount = mVertices.size();
     for (VertexRecord* vertex : mVertices) vertex->normal = Vector3();
@@ -14,6 +25,7 @@ void TriMesh::UpdateNormal() {
     // Unnormalised face normals weigh each triangle by its area in the vertex sums.
     for (TriangleRecord* triangle : mTriangles) {
         const int* ids = triangle->vertexIds;
+        if (!CornersInRange(ids, vertexCount)) continue;
         VertexRecord* v0 = mVertices[ids[0]];
         VertexRecord* v1 = mVertices[ids[1]];
         VertexRecord* v2 = mVertices[ids[2]];
@@ -42,6 +54,7 @@ void TriMesh::UpdateNormal() {
         const int before = invalidCount;
         for (TriangleRecord* triangle : mTriangles) {
             const int* ids = triangle->vertexIds;
+            if (!CornersInRange(ids, vertexCount)) continue;
             int lastValid = -1;
             bool anyInvalid = false;
             for (int k = 0; k < 3; ++k) {
