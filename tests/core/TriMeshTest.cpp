@@ -446,20 +446,6 @@ TEST(TriMesh, UpdateNormalSkipsATriangleThatNamesAMissingVertex) {
     ExpectVec(mesh.GetTriangleNormal(12), Vector3());
 }
 
-// A host may extend the library's mesh and still hand it to algorithms as an ITriMesh.
-class LabelledMesh : public TriMesh {
-public:
-    int label = 7;
-};
-
-TEST(TriMesh, CanBeExtendedByAHostClass) {
-    LabelledMesh mesh;
-    ITriMesh* base = &mesh;
-    base->InsertVertex(Vector3(1, 0, 0));
-    EXPECT_EQ(mesh.GetVertexCount(), 1);
-    EXPECT_EQ(mesh.label, 7);
-}
-
 TEST(RecordPool, RecordsStayDistinctAcrossGrowingChunksAndFreedOnesAreReused) {
     RecordPool<Vector3> pool;
     std::vector<Vector3*> records;

@@ -1,6 +1,7 @@
 // The library's own triangle mesh: vertex and triangle records behind arrays of
 // pointers, with optional per-vertex and per-corner colour and texture coordinates.
-// Simple accessors are inline so that code holding a TriMesh& pays no virtual call.
+// The class is final and its simple accessors are inline, so code holding a TriMesh&
+// pays no virtual call.
 #pragma once
 
 #include <vector>
@@ -15,7 +16,7 @@ namespace ZOL {
 
 /// Editable triangle mesh that owns its records. Indices are not range-checked: an index
 /// out of range is a caller error. Not thread-safe for writing; concurrent reads are fine.
-class ZOL_API TriMesh : public ITriMesh {
+class ZOL_API TriMesh final : public ITriMesh {
 public:
     /// One vertex: position and normal.
     struct VertexRecord {
