@@ -12,15 +12,11 @@ namespace {
 
 constexpr std::size_t kLineMax = 511;
 
-TriMesh* ReadOff(const std::string& fileName) {
-    FileContent content;
-    if (!content.Read(fileName)) {
-        LogLine("Failed to open file: ", fileName);
-        return nullptr;
-    }
+}  // namespace
+
+TriMesh* ParseMeshOFF(std::string_view text, const std::string&) {
     // Skip the keyword line; the two counts may follow after blank lines, and the rest
     // of their line (the edge count) is ignored.
-    std::string_view text(content);
     const std::size_t firstEnd = text.find('\n');
     TokenCursor countTokens(firstEnd == std::string_view::npos ? std::string_view()
                                                                : text.substr(firstEnd + 1));
@@ -66,10 +62,10 @@ TriMesh* ReadOff(const std::string& fileName) {
     return data.Finish("ImportMeshByOFF", 0);
 }
 
-}  // namespace
-
 TriMesh* ImportMeshByOFF(const std::string& fileName) {
-    return GuardedRead("ImportMeshByOFF", [&] { return ReadOff(fileName); });
+    return ReadMeshFile(
+        fileName, "ImportMeshByOFF", [&] { LogLine("Failed to open file: ", fileName); },
+        ParseMeshOFF);
 }
 
 int ExportMeshByOFF(const std::string& fileName, const ITriMesh* triMesh) {
