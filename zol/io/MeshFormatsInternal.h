@@ -101,9 +101,11 @@ TriMesh* ReadMeshFile(const std::string& fileName,
     }
 }
 
-/// Adds the first triangle of a polygon line "<cornerCount> i j k ..." (0-based
-/// indices); a line with fewer than three indices adds nothing.
-void AddPolygonLine(std::string_view line, MeshData& data);
+/// Reads \p count polygon lines "<cornerCount> i j k ..." (0-based indices) and adds
+/// the first triangle of each; a line with fewer than three indices adds nothing.
+/// \return false after the line "<reader>: unexpected end of file in face <f>" when the
+///         text ends first.
+bool AddPolygonLines(LineCursor& lines, int count, MeshData& data, const char* reader);
 
 /// Writes one line per triangle: \p prefix, then the three vertex indices plus
 /// \p indexBase separated by one blank.

@@ -52,13 +52,7 @@ TriMesh* ParseMeshOFF(std::string_view text, const std::string&) {
         while (count < 3 && tokens.Next(token)) xyz[count++] = ParseDouble(token);
         if (count == 3) data.AddVertex(Vector3(xyz[0], xyz[1], xyz[2]));
     }
-    for (int f = 0; f < faceCount; ++f) {
-        if (!lines.Next(line)) {
-            LogLine("ImportMeshByOFF: unexpected end of file in face ", f);
-            return nullptr;
-        }
-        AddPolygonLine(line, data);
-    }
+    if (!AddPolygonLines(lines, faceCount, data, "ImportMeshByOFF")) return nullptr;
     return data.Finish("ImportMeshByOFF", 0);
 }
 

@@ -76,13 +76,7 @@ TriMesh* ParseMeshPLY(std::string_view content, const std::string& fileName) {
         }
     }
     data.hasVertexColor = hasColor;
-    for (int f = 0; f < faceCount; ++f) {
-        if (!lines.Next(line)) {
-            LogLine("ImportMeshByPLY: unexpected end of file in face ", f);
-            return nullptr;
-        }
-        AddPolygonLine(line, data);
-    }
+    if (!AddPolygonLines(lines, faceCount, data, "ImportMeshByPLY")) return nullptr;
     return data.Finish("ImportMeshByPLY", 0);
 }
 

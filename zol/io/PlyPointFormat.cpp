@@ -268,6 +268,33 @@ bool HasCoordinates(const Element& e) {
     return found == 3;
 }
 
+// Reads every instance of \p e, calling visit(instance, property, j, value) for each
+// value, where j is -1 for a scalar property and the position in the list otherwise.
+// \return false at the end of data or on a malformed value.
+template <typename Visit>
+bool ReadInstances(BodyReader& body, const Element& e, Visit visit) {
+    if (e.properties.empty()) return true;  // nothing stored per instance
+    double value = 0.0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(e.count); ++i) {
+        if (!body.BeginInstance()) return false;
+        for (std::size_t k = 0; k < e.properties.size(); ++k) {
+            const Property& p = e.properties[k];
+            if (!p.isList) {
+                if (!body.Read(p.type, value)) return false;
+                visit(i, k, -1, value);
+                continue;
+            }
+            int count = 0;
+            if (!body.ReadListCount(p.countType, count)) return false;
+            for (int j = 0; j < count; ++j) {
+                if (!body.Read(p.type, value)) return false;
+                visit(i, k, j, value);
+            }
+        }
+    }
+    return true;
+}
+
 bool ReadVertices(BodyReader& body, const Element& e, PointData& data) {
     std::vector<int> slots;
     bool has[9] = {};
@@ -284,33 +311,18 @@ bool ReadVertices(BodyReader& body, const Element& e, PointData& data) {
     data.coords.resize(n);
     if (data.hasNormal) data.normals.resize(n);
     if (data.hasColor) data.colors.resize(n);
+    // Per slot the array it fills, null for the normal or colour that is incomplete.
+    std::vector<Vector3>* const arrays[3] = {&data.coords, data.hasNormal ? &data.normals : nullptr,
+                                             data.hasColor ? &data.colors : nullptr};
+    const bool read = ReadInstances(body, e, [&](std::size_t i, std::size_t k, int j, double v) {
+        const int s = slots[k];
+        if (j < 0 && s >= 0 && arrays[s / 3] != nullptr) (*arrays[s / 3])[i][s % 3] = v;
+    });
     const double colorScale = floatColor ? 1.0 : 1.0 / 255.0;
-    for (std::size_t i = 0; i < n; ++i) {
-        if (!body.BeginInstance()) return false;
-        double slot[9] = {};
-        for (std::size_t k = 0; k < e.properties.size(); ++k) {
-            const Property& p = e.properties[k];
-            double value = 0.0;
-            if (p.isList) {
-                int count = 0;
-                if (!body.ReadListCount(p.countType, count)) return false;
-                for (int j = 0; j < count; ++j) {
-                    if (!body.Read(p.type, value)) return false;
-                }
-                continue;
-            }
-            if (!body.Read(p.type, value)) return false;
-            if (slots[k] >= 0) slot[slots[k]] = value;
-        }
-        data.coords[i] = Vector3(slot[0], slot[1], slot[2]);
-        if (data.hasNormal) data.normals[i] = Vector3(slot[3], slot[4], slot[5]);
-        if (data.hasColor) {
-            Vector3 c(slot[6], slot[7], slot[8]);
-            for (int k = 0; k < 3; ++k) c[k] = std::clamp(c[k] * colorScale, 0.0, 1.0);
-            data.colors[i] = c;
-        }
+    for (Vector3& c : data.colors) {
+        for (int k = 0; k < 3; ++k) c[k] = std::clamp(c[k] * colorScale, 0.0, 1.0);
     }
-    return true;
+    return read;
 }
 
 // Reads the range grid: per cell a list that is empty or holds the cell's vertex.
@@ -322,50 +334,19 @@ bool ReadRangeGrid(BodyReader& body,
                    bool& consistent) {
     vertexCell.assign(vertexCount, -1);
     consistent = true;
-    if (e.properties.empty()) return true;
-    for (std::int64_t cell = 0; cell < e.count; ++cell) {
-        if (!body.BeginInstance()) return false;
-        for (const Property& p : e.properties) {
-            double value = 0.0;
-            if (!p.isList) {
-                if (!body.Read(p.type, value)) return false;
-                continue;
-            }
-            int count = 0;
-            if (!body.ReadListCount(p.countType, count)) return false;
-            for (int j = 0; j < count; ++j) {
-                if (!body.Read(p.type, value)) return false;
-                if (j > 0 || p.name != "vertex_indices") continue;
-                if (!(value >= 0.0 && value < static_cast<double>(vertexCount)) ||
-                    vertexCell[static_cast<std::size_t>(value)] != -1) {
-                    consistent = false;
-                    continue;
-                }
-                vertexCell[static_cast<std::size_t>(value)] = static_cast<int>(cell);
-            }
+    return ReadInstances(body, e, [&](std::size_t cell, std::size_t k, int j, double v) {
+        if (j != 0 || e.properties[k].name != "vertex_indices") return;
+        if (!(v >= 0.0 && v < static_cast<double>(vertexCount)) ||
+            vertexCell[static_cast<std::size_t>(v)] != -1) {
+            consistent = false;
+            return;
         }
-    }
-    return true;
+        vertexCell[static_cast<std::size_t>(v)] = static_cast<int>(cell);
+    });
 }
 
 bool SkipElement(BodyReader& body, const Element& e) {
-    if (e.properties.empty()) return true;  // nothing stored per instance
-    double value = 0.0;
-    for (std::int64_t i = 0; i < e.count; ++i) {
-        if (!body.BeginInstance()) return false;
-        for (const Property& p : e.properties) {
-            if (!p.isList) {
-                if (!body.Read(p.type, value)) return false;
-                continue;
-            }
-            int count = 0;
-            if (!body.ReadListCount(p.countType, count)) return false;
-            for (int j = 0; j < count; ++j) {
-                if (!body.Read(p.type, value)) return false;
-            }
-        }
-    }
-    return true;
+    return ReadInstances(body, e, [](std::size_t, std::size_t, int, double) {});
 }
 }  // namespace
 
