@@ -1,6 +1,6 @@
-// The ray tracer accepts what we write: POV-Ray renders our mesh2 objects and cylinders.
-// A missing tool is installed with apt-get when we can; the test is skipped only when
-// we cannot.
+// Other programs accept what we write: admesh reads our binary STL, assimp reads our
+// OBJ, PLY, OFF and STL, and POV-Ray renders our mesh2 objects and cylinders. A missing
+// tool is installed with apt-get when we can; the test is skipped only when we cannot.
 #include <gtest/gtest.h>
 
 #include <unistd.h>
@@ -44,7 +44,48 @@ int RunTool(const std::string& command, std::string& output) {
     return status;
 }
 
+// The first integer after \p label in \p text, or -1.
+long NumberAfter(const std::string& text, const std::string& label) {
+    const std::size_t at = text.find(label);
+    if (at == std::string::npos) return -1;
+    const std::size_t digits = text.find_first_of("0123456789", at + label.size());
+    if (digits == std::string::npos) return -1;
+    // Only blanks and a colon may stand between the label and its number.
+    if (text.find_first_not_of(" \t:", at + label.size()) != digits) return -1;
+    return std::atol(text.c_str() + digits);
+}
+
 }  // namespace
+
+TEST(ExternalTool, AdmeshReadsOurBinaryStl) {
+    if (!EnsureTool("admesh", "admesh")) GTEST_SKIP() << "admesh cannot be installed";
+    TriMesh sphere = zoltest::MakeSphere(16, 8, 1.0);
+    const std::string name = zoltest::ScratchPath("sphere.stl");
+    ASSERT_EQ(Parser::ExportTriMesh(name, &sphere), 0);
+    std::string output;
+    ASSERT_EQ(RunTool("admesh " + name, output), 0) << output;
+    EXPECT_NE(output.find("Binary STL file"), std::string::npos) << output;
+    EXPECT_NE(output.find("zolshapetoolkits mesh"), std::string::npos);
+    EXPECT_EQ(NumberAfter(output, "Number of facets"), sphere.GetTriangleCount()) << output;
+    // A closed sphere: every facet finds its three neighbours.
+    EXPECT_EQ(NumberAfter(output, "Total disconnected facets"), 0) << output;
+}
+
+TEST(ExternalTool, AssimpReadsEveryFormatWeWrite) {
+    if (!EnsureTool("assimp", "assimp-utils")) GTEST_SKIP() << "assimp cannot be installed";
+    TriMesh sphere = zoltest::MakeSphere(16, 8, 1.0);
+    for (const char* extension : {"obj", "ply", "off", "stl"}) {
+        SCOPED_TRACE(extension);
+        const std::string name = zoltest::ScratchPath(std::string("sphere.") + extension);
+        ASSERT_EQ(Parser::ExportTriMesh(name, &sphere), 0);
+        std::string output;
+        ASSERT_EQ(RunTool("assimp info " + name, output), 0) << output;
+        EXPECT_EQ(NumberAfter(output, "Faces"), sphere.GetTriangleCount()) << output;
+        if (std::string(extension) != "stl") {
+            EXPECT_EQ(NumberAfter(output, "Vertices"), sphere.GetVertexCount()) << output;
+        }
+    }
+}
 
 TEST(ExternalTool, PovRayRendersOurMeshAndCylinders) {
     if (!EnsureTool("povray", "povray")) GTEST_SKIP() << "povray cannot be installed";
