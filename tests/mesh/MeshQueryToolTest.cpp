@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <set>
 
+#include <zol/io/Parser.h>
 #include <zol/mesh/MeshQueryTool.h>
 #include <zol/mesh/MeshQueryTreeInternal.h>
 #include <zol/runtime/Constants.h>
@@ -178,8 +180,9 @@ TEST(MeshQueryTool, RootBoxIsThePrincipalBoxSymmetricAboutTheMeanCentroid) {
 }
 
 TEST(MeshQueryTool, BunnyTreePartitionsTrianglesIntoBoxedLeaves) {
-    TriMesh bunny;
-    ASSERT_TRUE(zoltest::LoadOff(zoltest::DataPath("meshes/bunny.off"), bunny));
+    std::unique_ptr<TriMesh> mesh(Parser::ImportTriMesh(zoltest::DataPath("meshes/bunny.off")));
+    ASSERT_NE(mesh, nullptr);
+    TriMesh& bunny = *mesh;
     MeshQueryTool tool;
     ASSERT_EQ(tool.Init(&bunny), 0);
     const MeshQueryTree* tree = tool._GetTree();

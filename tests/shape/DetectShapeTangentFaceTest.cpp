@@ -143,6 +143,10 @@ TEST(DetectShapeTangentFace, BadArgumentsAreLoggedAndLeaveTheResult) {
     EXPECT_EQ(DetectShape::SelectTangentFace(&cube, -1, 0.1, &result), -2);
     EXPECT_EQ(DetectShape::SelectTangentFace(&cube, 12, 0.1, &result), -2);
     EXPECT_EQ(DetectShape::SelectTangentFace(&badCorner, 0, 0.1, &result), -2);
+    TriMeshInfo info;
+    SetProgress(0.5);
+    EXPECT_EQ(DetectShape::_SelectTangentFace(&cube, info, 12, 0.1, &result), -2);
+    EXPECT_EQ(GetApiProgress(), 0.0);
     EXPECT_EQ(result, std::vector<int>{-9});
     EXPECT_EQ(log.Lines(),
               (std::vector<std::string>{
@@ -153,5 +157,6 @@ TEST(DetectShapeTangentFace, BadArgumentsAreLoggedAndLeaveTheResult) {
                   "SelectTangentFace: invalid selectFaceId -1 / 12",
                   "SelectTangentFace: invalid selectFaceId 12 / 12",
                   "TriMeshInfo::CacheDataForEdgeInfos: invalid vertex id 7 in triangle 0",
-                  "SelectTangentFace: CacheDataForEdgeInfos failed -2"}));
+                  "SelectTangentFace: CacheDataForEdgeInfos failed -2",
+                  "SelectTangentFace: invalid selectFaceId 12 / 12"}));
 }
