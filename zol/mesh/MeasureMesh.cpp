@@ -60,7 +60,7 @@ BlockSum SumTriMesh(const TriMesh& mesh, int first, int last) {
 #if defined(__GNUC__)
         // The records sit behind a pointer array; asking for them a few triangles ahead
         // keeps the loop from waiting on each pointer in turn.
-        if (t + 8 < last) __builtin_prefetch(mesh.GetTriangleVertexIdsRef(t + 8));
+        if (t + 16 < last) __builtin_prefetch(mesh.GetTriangleVertexIdsRef(t + 16));
 #endif
         const int* ids = mesh.GetTriangleVertexIdsRef(t);
         if (!InRange(ids, vertexCount)) {
