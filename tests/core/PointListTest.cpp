@@ -59,6 +59,17 @@ public:
     void Clear() override { coords.clear(); }
 };
 
+/// A host cloud built on PointCloud that serves its points moved: its reads, not the
+/// stored arrays, are what a list over it must see.
+class ShiftedCloud : public PointCloud {
+public:
+    ShiftedCloud() : PointCloud(true, false, false) {}
+    Vector3 GetPointCoord(int i) override {
+        return PointCloud::GetPointCoord(i) + Vector3(9, 0, 0);
+    }
+    Vector3 GetPointNormal(int i) override { return PointCloud::GetPointNormal(i) * -1.0; }
+};
+
 }  // namespace
 
 TEST(PointList, CloudListReadsThroughToTheCloud) {
@@ -94,20 +105,25 @@ TEST(PointList, MeshAndSampledListsForwardTheirIndices) {
 TEST(PointList, FlatCopiesAgreeWithPerPointReadsOnEverySource) {
     PointCloud cloud(true, false, false);
     HostCloud host;
+    ShiftedCloud shifted;
     VertexMesh mesh;
     for (int i = 0; i < 7; ++i) {
         const Vector3 p(i * 0.5, i * i, -i);
         cloud.InsertPoint(p, Vector3(0, i, 0));
         host.InsertPoint(p);
+        shifted.InsertPoint(p, Vector3(0, i, 0));
         mesh.InsertVertex(p);
     }
     PointCloudPointList cloudList(&cloud);
     PointCloudPointList hostList(&host);
+    PointCloudPointList shiftedList(&shifted);
     TriMeshPointList meshList(&mesh);
     SampledPointList sampledCloud(&cloudList, {6, 1, 1, 0});
     SampledPointList sampledHost(&hostList, {6, 1, 1, 0});
+    SampledPointList sampledShifted(&shiftedList, {5, 2});
     for (IPointList* list :
-         std::vector<IPointList*>{&cloudList, &hostList, &meshList, &sampledCloud, &sampledHost}) {
+         std::vector<IPointList*>{&cloudList, &hostList, &shiftedList, &meshList, &sampledCloud,
+                                  &sampledHost, &sampledShifted}) {
         std::vector<double> xyz{42.0}, nxyz;
         CopyPointListCoords(list, &xyz);
         CopyPointListNormals(list, &nxyz);

@@ -163,6 +163,21 @@ TEST(Ann, RadiusQueryReturnsExactlyThePointsInsideNearestFirst) {
     }
 }
 
+TEST(Ann, RadiusIsAPlainDistanceAndItsBoundaryIsInside) {
+    // Points at distances 0, 1, 2 and 3 from the origin; distances come back squared.
+    double data[] = {0, 0, 0, 0, 1, 0, 2, 0, 0, 0, 0, -3};
+    Ann ann;
+    ASSERT_EQ(ann.Init(data, 4, 3), RESULT_OK);
+    double origin[] = {0, 0, 0};
+    std::vector<int> ids;
+    std::vector<double> dists;
+    ASSERT_EQ(ann.FindNearestNeighbors(origin, 2.0, &ids, &dists), RESULT_OK);
+    EXPECT_EQ(ids, (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(dists, (std::vector<double>{0.0, 1.0, 4.0}));
+    ASSERT_EQ(ann.FindNearestNeighbors(origin, 0.0, &ids, nullptr), RESULT_OK);
+    EXPECT_EQ(ids, std::vector<int>{0});
+}
+
 TEST(Ann, KAbovePointCountIsClampedAndTheRestMarkedMissing) {
     double data[] = {0, 0, 0, 3, 0, 0, 1, 0, 0};
     Ann ann;

@@ -70,19 +70,32 @@ TEST(PointCloudInfo, CacheMatchesBruteForceAndIsIdenticalForAnyThreadCount) {
 }
 
 TEST(PointCloudInfo, DuplicatePointsStillListThemselvesFirst) {
-    // Every point appears three times, so each list opens with three zero distances.
-    std::vector<Vector3> points;
-    for (const Vector3& p : zoltest::RandomPoints(50, 8)) points.insert(points.end(), {p, p, p});
-    PointCloud cloud = zoltest::MakeCloud(points);
-    PointCloudInfo info;
-    ASSERT_EQ(info.InitAnn(&cloud, 4), RESULT_OK);
-    ASSERT_EQ(info.FindNearestNeighbors(4, &cloud, nullptr), RESULT_OK);
-    for (int i = 0; i < cloud.GetPointCount(); ++i) {
-        std::vector<int> cached, direct;
-        ASSERT_EQ(info.GetNeighbor(i, 4, &cached), RESULT_OK);
-        EXPECT_EQ(cached[0], i);
-        EXPECT_EQ(cached[1] / 3, i / 3);
-        EXPECT_EQ(cached[2] / 3, i / 3);
+    // Every point appears `copies` times, so each list opens with zero distances; with
+    // more copies than the list holds, the search alone could leave the point out.
+    for (int copies : {3, 6}) {
+        std::vector<Vector3> points;
+        for (const Vector3& p : zoltest::RandomPoints(50, 8))
+            points.insert(points.end(), copies, p);
+        PointCloud cloud = zoltest::MakeCloud(points);
+        for (int k : {1, 4}) {
+            PointCloudInfo info;
+            ASSERT_EQ(info.InitAnn(&cloud, k), RESULT_OK);
+            ASSERT_EQ(info.FindNearestNeighbors(k, &cloud, nullptr), RESULT_OK);
+            PointCloudInfo uncached;
+            ASSERT_EQ(uncached.InitAnn(&cloud, k), RESULT_OK);
+            for (int i = 0; i < cloud.GetPointCount(); ++i) {
+                for (const PointCloudInfo* source : {&info, &uncached}) {
+                    std::vector<int> ids;
+                    std::vector<double> dists;
+                    ASSERT_EQ(source->GetNeighbor(i, k, &ids, &dists), RESULT_OK);
+                    ASSERT_EQ(ids[0], i) << copies << " copies, k=" << k;
+                    for (int j = 0; j < std::min(k, copies); ++j) {
+                        EXPECT_EQ(ids[j] / copies, i / copies);
+                        EXPECT_EQ(dists[j], 0.0);
+                    }
+                }
+            }
+        }
     }
 }
 

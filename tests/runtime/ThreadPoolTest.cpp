@@ -82,7 +82,7 @@ TEST(ThreadPool, ManyTasksOnManyWorkersAllRunAndAreReleased) {
     {
         ThreadPool pool;
         ASSERT_EQ(pool.InitThreads(8), 8);
-        EXPECT_EQ(pool.GetWorkerCount(), 8);
+        EXPECT_EQ(pool.GetThreadCount(), 8);
         for (int i = 0; i < 5000; ++i) pool.InsertTask(new CountingTask(&runs, &destroyed));
         pool.WaitAll();
         EXPECT_EQ(runs.load(), 5000);

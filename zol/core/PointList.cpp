@@ -2,6 +2,7 @@
 #include <zol/core/IPointList.h>
 
 #include <cstring>
+#include <typeinfo>
 
 #include <zol/core/PointCloud.h>
 
@@ -10,11 +11,14 @@ namespace ZOL {
 namespace {
 
 /// The PointCloud under a list, when there is one, so that its arrays can be read
-/// directly; null for any other source.
+/// directly; null for any other source. A class derived from PointCloud may override
+/// the per-point reads, so only a plain PointCloud is read through its arrays.
 const PointCloud* UnderlyingPointCloud(const IPointList* pointList) {
     const auto* cloudList = dynamic_cast<const PointCloudPointList*>(pointList);
-    if (!cloudList) return nullptr;
-    return dynamic_cast<const PointCloud*>(cloudList->GetPointCloud());
+    if (!cloudList || !cloudList->GetPointCloud()) return nullptr;
+    const IPointCloud* cloud = cloudList->GetPointCloud();
+    if (typeid(*cloud) != typeid(PointCloud)) return nullptr;
+    return static_cast<const PointCloud*>(cloud);
 }
 
 void CopyVectors(const Vector3* data, int count, std::vector<double>* xyz) {

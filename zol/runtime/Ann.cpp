@@ -255,7 +255,7 @@ int Ann::FindNearestNeighbors(const IPointList* queryList,
         TaskBase* task = new FindNearestByPointListMT(impl.get(), queries.data(), begin, end, k,
                                                       indexRes, distanceRes);
         if (pool.InsertTask(task) != RESULT_OK) {
-            delete task;
+            // The pool keeps and releases a task it could not hand out.
             pool.WaitAll();
             return LogFailure(
                 RESULT_STEP_FAIL,

@@ -16,9 +16,11 @@ namespace ZOL {
 
 namespace {
 
-/// Among the entries at the nearest distance, puts the point's own index first, so that
-/// duplicates of a point do not displace it from entry 0.
-void PutSelfFirst(int pointId, int* ids, double* dists, int count) {
+/// Makes the point itself entry 0 of its list whenever it lies at the query: among
+/// entries at the nearest distance it is moved to the front, and when more duplicates
+/// than the list holds pushed it out of the search, it is put in front of them.
+void PutSelfFirst(
+    const AnnImpl& impl, int pointId, const double* query, int* ids, double* dists, int count) {
     if (count < 1 || ids[0] == pointId) return;
     for (int j = 1; j < count && dists[j] == dists[0]; ++j) {
         if (ids[j] == pointId) {
@@ -26,6 +28,13 @@ void PutSelfFirst(int pointId, int* ids, double* dists, int count) {
             return;
         }
     }
+    if (dists[0] != 0.0 || pointId < 0 || pointId >= impl.GetPointCount()) return;
+    const double* self = impl.GetPoint(pointId);
+    if (self[0] != query[0] || self[1] != query[1] || self[2] != query[2]) return;
+    std::copy_backward(ids, ids + count - 1, ids + count);
+    std::copy_backward(dists, dists + count - 1, dists + count);
+    ids[0] = pointId;
+    dists[0] = 0.0;
 }
 
 /// Task t of n: the selected points t, t + n, t + 2n, ... of the selection list. Each
@@ -75,7 +84,8 @@ public:
                 const int p = batchPoints[q];
                 int* rowIds = &ids[static_cast<size_t>(q) * mK];
                 double* rowDists = &dists[static_cast<size_t>(q) * mK];
-                PutSelfFirst(p, rowIds, rowDists, mK);
+                PutSelfFirst(*mpImpl, p, &queries[3 * static_cast<size_t>(q)], rowIds, rowDists,
+                             mK);
                 const size_t row = static_cast<size_t>(p) * mStride;
                 std::copy_n(rowIds, mK, mpCacheIds + row);
                 std::copy_n(rowDists, mK, mpCacheDists + row);
@@ -200,7 +210,7 @@ int PointCloudInfo::FindNearestNeighbors(int neighborCount,
                                              mNeighborDistances.data(), mFilledCounts.data());
         const int status = pool.InsertTask(task);
         if (status != RESULT_OK) {
-            delete task;
+            // The pool keeps and releases a task it could not hand out.
             pool.WaitAll();
             LogLine("FindNearestNeighbors: InsertTask FindNeighborsMT Failed");
             return status;
@@ -242,7 +252,7 @@ int PointCloudInfo::GetNeighbor(int pointId,
     std::vector<int> ids(static_cast<size_t>(k));
     std::vector<double> dists(static_cast<size_t>(k));
     impl.SearchBatch(impl.GetPoint(pointId), 1, k, ids.data(), dists.data(), k);
-    PutSelfFirst(pointId, ids.data(), dists.data(), k);
+    PutSelfFirst(impl, pointId, impl.GetPoint(pointId), ids.data(), dists.data(), k);
     if (neighborIds) neighborIds->swap(ids);
     if (squaredDistances) squaredDistances->swap(dists);
     return RESULT_OK;

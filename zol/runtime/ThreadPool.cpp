@@ -78,13 +78,16 @@ int ThreadPool::InitThreads(int count) {
 
 int ThreadPool::InsertTask(TaskBase* task) {
     if (!task) return LogFailure(RESULT_INVALID_INPUT, "Error: ThreadPool::InsertTask NULL input.");
-    if (!mpMutex || !mpTaskAvailable) {
-        return LogFailure(RESULT_STEP_FAIL, "ThreadPool::InsertTask: WakeSingle failed");
-    }
     {
-        std::lock_guard<std::mutex> lock(*mpMutex);
+        // A missing mutex (its allocation failed) makes the lock a no-op.
+        std::unique_lock<std::mutex> lock;
+        if (mpMutex) lock = std::unique_lock<std::mutex>(*mpMutex);
         mTaskList.push_back(task);
         ++mPendingCount;
+    }
+    // The task is queued either way, so the pool releases it; the caller must not.
+    if (!mpTaskAvailable) {
+        return LogFailure(RESULT_STEP_FAIL, "ThreadPool::InsertTask: WakeSingle failed");
     }
     mpTaskAvailable->notify_one();
     return RESULT_OK;
@@ -96,7 +99,7 @@ void ThreadPool::WaitAll() {
     mpTaskFinished->wait(lock, [this] { return mPendingCount < 1; });
 }
 
-int ThreadPool::GetWorkerCount() const { return static_cast<int>(mThreadList.size()); }
+int ThreadPool::GetThreadCount() const { return static_cast<int>(mThreadList.size()); }
 
 void ThreadPool::FinishTask() {
     {

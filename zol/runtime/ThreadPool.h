@@ -57,8 +57,9 @@ public:
     /// \return the number actually started (a worker whose thread cannot be created is
     ///         skipped); callers compare it with \p count.
     int InitThreads(int count);
-    /// Appends \p task to the queue and wakes one idle worker. The pool owns the task
-    /// from here on.
+    /// Appends \p task to the queue and wakes one idle worker. The pool owns every
+    /// non-null task from here on, also when -3 is returned (the task stays queued and
+    /// is released by the destructor).
     /// \return 0; -2 for a null task ("Error: ThreadPool::InsertTask NULL input."); -3
     ///         when the pool has no task-available condition ("ThreadPool::InsertTask:
     ///         WakeSingle failed").
@@ -66,8 +67,8 @@ public:
     /// Blocks until every inserted task has finished. Returns at once when nothing is
     /// pending, and also when the pool has no worker that could finish a pending task.
     void WaitAll();
-    /// \return the number of workers started.
-    int GetWorkerCount() const;
+    /// \return the number of worker threads started (the size of mThreadList).
+    int GetThreadCount() const;
 
 private:
     struct ThreadRecord;
