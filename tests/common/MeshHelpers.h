@@ -1,17 +1,10 @@
-// Test-side helpers for mesh algorithms: a minimal OFF reader for the real meshes in the
-// data folder, and a host-style ITriMesh that forwards to a TriMesh, so that tests can
-// compare the library's interface path with its TriMesh fast path.
+// A host-style ITriMesh that forwards to a TriMesh, so that tests can compare the
+// library's interface path with its TriMesh fast path.
 #pragma once
-
-#include <string>
 
 #include <zol/core/TriMesh.h>
 
 namespace zoltest {
-
-/// Reads the triangles of an ASCII OFF file (polygons are fanned). False when the file
-/// cannot be read or is malformed.
-bool LoadOff(const std::string& path, ZOL::TriMesh& mesh);
 
 /// An ITriMesh of the host's own, forwarding every slot to a TriMesh it refers to.
 class ForwardingMesh : public ZOL::ITriMesh {

@@ -174,3 +174,43 @@ TEST(TextScan, WholeFileIsReadAndMissingFileOrDirectoryIsNot) {
     EXPECT_EQ(content.size(), 0u);
     EXPECT_FALSE(content.Read("."));
 }
+
+TEST(TextScan, StrictNumbersMustFillTheWholeToken) {
+    const struct {
+        const char* text;
+        bool isNumber;
+        double value;
+    } reals[] = {
+        {"1.5", true, 1.5},    {"+2", true, 2.0},  {"-1e999", true, -HUGE_VAL},
+        {"1e-999", true, 0.0}, {"1.5x", false, 0}, {"+-1", false, 0},
+        {"", false, 0},        {"1 2", false, 0},  {"0.0000e99999", true, 0.0},
+    };
+    for (const auto& c : reals) {
+        double value = -99;
+        EXPECT_EQ(ParseDoubleToken(c.text, value), c.isNumber) << c.text;
+        if (c.isNumber) {
+            EXPECT_EQ(value, c.value) << c.text;
+        }
+    }
+    std::int64_t integer = 0;
+    EXPECT_TRUE(ParseInt64Token("-9223372036854775808", integer));
+    EXPECT_EQ(integer, std::numeric_limits<std::int64_t>::min());
+    EXPECT_FALSE(ParseInt64Token("9223372036854775808", integer));  // out of range
+    EXPECT_FALSE(ParseInt64Token("12.0", integer));
+
+    double values[3];
+    EXPECT_EQ(ParseNumbers(" 1\t2 nan ", values, 3), 3);
+    EXPECT_TRUE(std::isnan(values[2]));
+    EXPECT_EQ(ParseNumbers("1 2 3 4", values, 3), -1);  // more than asked for
+    EXPECT_EQ(ParseNumbers("1 two", values, 3), -1);
+    EXPECT_EQ(ParseNumbers("  ", values, 3), 0);
+}
+
+TEST(TextScan, LinesAreNumberedAsTheyAreHandedOut) {
+    LineCursor lines("a\r\n\nb");
+    std::string_view line;
+    EXPECT_EQ(lines.LineNumber(), 0);
+    while (lines.Next(line)) {
+    }
+    EXPECT_EQ(lines.LineNumber(), 3);
+}

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 
+#include <zol/io/Parser.h>
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/ThreadCount.h>
@@ -95,6 +97,22 @@ TEST(MeasureMesh, NullMeshIsLoggedAndLeavesTheResult) {
                                         "MeasureMesh::ComputeVolume input triMesh is NULL"}));
 }
 
+TEST(MeasureMesh, CornerOutOfRangeIsRefusedWithoutTouchingTheResult) {
+    TriMesh cube = zoltest::MakeUnitCube();
+    cube.InsertTriangle(0, 1, 8);
+    cube.InsertTriangle(0, -1, 2);
+    zoltest::ForwardingMesh host(cube);
+    zoltest::LogCapture log;
+    double area = 5.0, volume = 6.0;
+    EXPECT_EQ(MeasureMesh::ComputeArea(&cube, area), -2);
+    EXPECT_EQ(MeasureMesh::ComputeVolume(&host, volume), -2);
+    EXPECT_EQ(area, 5.0);
+    EXPECT_EQ(volume, 6.0);
+    EXPECT_EQ(log.Lines(), (std::vector<std::string>{
+                               "MeasureMesh::ComputeArea: invalid vertex id in triangle 12",
+                               "MeasureMesh::ComputeVolume: invalid vertex id in triangle 12"}));
+}
+
 TEST(MeasureMesh, SphereApproachesItsAnalyticMeasures) {
     const double r = 2.0, pi = 3.14159265358979323846;
     TriMesh sphere = zoltest::MakeSphere(256, 128, r);
@@ -118,25 +136,26 @@ TEST(MeasureMesh, HostMeshAndThreadCountGiveBitIdenticalSums) {
     }
     zoltest::ForwardingMesh host(grid);
     const int saved = GetThreadCount();
-    double results[3][2];
-    SetThreadCount(1);
-    MeasureMesh::ComputeArea(&grid, results[0][0]);
-    MeasureMesh::ComputeVolume(&grid, results[0][1]);
-    SetThreadCount(2);
-    MeasureMesh::ComputeArea(&grid, results[1][0]);
-    MeasureMesh::ComputeVolume(&grid, results[1][1]);
-    MeasureMesh::ComputeArea(&host, results[2][0]);
-    MeasureMesh::ComputeVolume(&host, results[2][1]);
+    // 1 thread on the TriMesh, the host mesh, then 2, 3 (uneven shares) and 8 threads.
+    const int threadCounts[] = {1, 1, 2, 3, 8};
+    double results[5][2];
+    for (int i = 0; i < 5; ++i) {
+        SetThreadCount(threadCounts[i]);
+        const ITriMesh* mesh = (i == 1) ? static_cast<const ITriMesh*>(&host) : &grid;
+        ASSERT_EQ(MeasureMesh::ComputeArea(mesh, results[i][0]), 0);
+        ASSERT_EQ(MeasureMesh::ComputeVolume(mesh, results[i][1]), 0);
+    }
     SetThreadCount(saved);
-    for (int i = 1; i < 3; ++i) {
-        EXPECT_EQ(results[i][0], results[0][0]);
-        EXPECT_EQ(results[i][1], results[0][1]);
+    for (int i = 1; i < 5; ++i) {
+        EXPECT_EQ(results[i][0], results[0][0]) << threadCounts[i];
+        EXPECT_EQ(results[i][1], results[0][1]) << threadCounts[i];
     }
 }
 
 TEST(MeasureMesh, BunnyAreaMatchesAnIndependentSum) {
-    TriMesh bunny;
-    ASSERT_TRUE(zoltest::LoadOff(zoltest::DataPath("meshes/bunny.off"), bunny));
+    std::unique_ptr<TriMesh> mesh(Parser::ImportTriMesh(zoltest::DataPath("meshes/bunny.off")));
+    ASSERT_NE(mesh, nullptr);
+    TriMesh& bunny = *mesh;
     ASSERT_EQ(bunny.GetTriangleCount(), 6966);
     // Heron's formula per triangle as the oracle.
     long double expected = 0.0;

@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <set>
 
+#include <zol/io/Parser.h>
 #include <zol/mesh/MeshQueryTool.h>
 #include <zol/mesh/MeshQueryTreeInternal.h>
 #include <zol/runtime/Constants.h>
@@ -141,7 +143,11 @@ TEST(MeshQueryTool, SmallOrUnsplittableMeshesGiveASingleLeaf) {
     copies.InsertVertex(Vector3(1, 0, 0));
     copies.InsertVertex(Vector3(0, 2, 0));
     for (int i = 0; i < 10; ++i) copies.InsertTriangle(0, 1, 2);
-    for (TriMesh* mesh : {&four, &copies}) {
+    // Six triangles collapsed onto one point: a zero covariance, no side to split by.
+    TriMesh point;
+    for (int i = 0; i < 3; ++i) point.InsertVertex(Vector3(1, 2, 3));
+    for (int i = 0; i < 6; ++i) point.InsertTriangle(i % 3, (i + 1) % 3, (i + 2) % 3);
+    for (TriMesh* mesh : {&four, &copies, &point}) {
         MeshQueryTool tool;
         ASSERT_EQ(tool.Init(mesh), 0);
         const MeshQueryTree* tree = tool._GetTree();
@@ -178,8 +184,9 @@ TEST(MeshQueryTool, RootBoxIsThePrincipalBoxSymmetricAboutTheMeanCentroid) {
 }
 
 TEST(MeshQueryTool, BunnyTreePartitionsTrianglesIntoBoxedLeaves) {
-    TriMesh bunny;
-    ASSERT_TRUE(zoltest::LoadOff(zoltest::DataPath("meshes/bunny.off"), bunny));
+    std::unique_ptr<TriMesh> mesh(Parser::ImportTriMesh(zoltest::DataPath("meshes/bunny.off")));
+    ASSERT_NE(mesh, nullptr);
+    TriMesh& bunny = *mesh;
     MeshQueryTool tool;
     ASSERT_EQ(tool.Init(&bunny), 0);
     const MeshQueryTree* tree = tool._GetTree();

@@ -99,19 +99,20 @@ TEST(GeneralMatrixEigenSolver, EigenvaluesAscendWithUnitEigenvectors) {
             m.SetValue(i, j, v);
             g.SetValue(i, j, v);
         }
-    GeneralMatrixEigenSolver solver, general;
+    GeneralMatrixEigenSolver solver, direct, general;
     ASSERT_EQ(solver.Compute(m), 0);
+    ASSERT_EQ(direct.ComputeDirect(m), 0);
     ASSERT_EQ(general.Compute(g), 0);
     const int axisOf[3] = {1, 2, 0};
     const double expected[3] = {1, 3, 5};
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_NEAR(solver.GetEigenValue(i), expected[i], 1e-12);
-        EXPECT_NEAR(general.GetEigenValue(i), expected[i], 1e-12);
-        const Vector3 v = solver.GetEigenVector(i);
-        EXPECT_NEAR(v.Length(), 1.0, 1e-14);
-        const Vector3 axis(r[0][axisOf[i]], r[1][axisOf[i]], r[2][axisOf[i]]);
-        EXPECT_NEAR(std::abs(v * axis), 1.0, 1e-12);
-        EXPECT_NEAR(std::abs(general.GetEigenVector(i) * axis), 1.0, 1e-12);
+    for (const GeneralMatrixEigenSolver* s3 : {&solver, &direct, &general}) {
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_NEAR(s3->GetEigenValue(i), expected[i], 1e-12);
+            const Vector3 v = s3->GetEigenVector(i);
+            EXPECT_NEAR(v.Length(), 1.0, 1e-14);
+            const Vector3 axis(r[0][axisOf[i]], r[1][axisOf[i]], r[2][axisOf[i]]);
+            EXPECT_NEAR(std::abs(v * axis), 1.0, 1e-12);
+        }
     }
 }
 
@@ -124,6 +125,7 @@ TEST(GeneralMatrixEigenSolver, FailsOnBadMatricesAndLogsAccessWithoutDecompositi
     GeneralMatrix3 nan;
     nan.SetValue(1, 1, std::nan(""));
     EXPECT_LT(solver.Compute(nan), 0);
+    EXPECT_LT(solver.ComputeDirect(nan), 0);
     EXPECT_LT(solver.Compute(GeneralMatrix(2, 3)), 0);
     EXPECT_LT(solver.Compute(GeneralMatrix()), 0);
     EXPECT_EQ(solver.GetDimension(), 0);

@@ -4,9 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <map>
+#include <memory>
 #include <set>
 
 #include <zol/core/TriMeshInfo.h>
+#include <zol/io/Parser.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/shape/DetectShape.h>
 
@@ -120,6 +124,50 @@ TEST(DetectShapeTangentFace, GrowthStopsAtCreasesNonManifoldEdgesAndFlippedNorma
     EXPECT_EQ(viaHost, selected);
 }
 
+TEST(DetectShapeTangentFace, SelectionIsTheSmoothComponentOfTheSeedOnARealMesh) {
+    // The neighbour test is symmetric, so whatever the order of growth the selection is
+    // the seed's component in the graph of two-sided edges whose normals agree within
+    // the tolerance; a union-find over vertex-pair edges is the oracle.
+    std::unique_ptr<TriMesh> knight(
+        Parser::ImportTriMesh(zoltest::DataPath("meshes/decimated-knight.off")));
+    ASSERT_NE(knight, nullptr);
+    knight->UpdateNormal();
+    const int n = knight->GetTriangleCount();
+    std::map<std::pair<int, int>, std::vector<int>> edges;
+    for (int t = 0; t < n; ++t) {
+        int ids[3];
+        knight->GetTriangleVertexIds(t, ids);
+        for (int c = 0; c < 3; ++c) edges[std::minmax(ids[c], ids[(c + 1) % 3])].push_back(t);
+    }
+    for (double degrees : {5.0, 20.0, 45.0, 180.0}) {
+        std::vector<int> parent(n);
+        for (int t = 0; t < n; ++t) parent[t] = t;
+        std::function<int(int)> find = [&](int t) {
+            return parent[t] == t ? t : parent[t] = find(parent[t]);
+        };
+        for (const auto& edge : edges) {
+            const std::vector<int>& tris = edge.second;
+            if (tris.size() != 2) continue;
+            if (knight->GetTriangleNormal(tris[0]) * knight->GetTriangleNormal(tris[1]) <
+                std::cos(degrees * kDegree))
+                continue;
+            parent[find(tris[0])] = find(tris[1]);
+        }
+        for (int seed : {0, n / 2, n - 1}) {
+            std::vector<int> selected;
+            ASSERT_EQ(
+                DetectShape::SelectTangentFace(knight.get(), seed, degrees * kDegree, &selected),
+                0);
+            std::set<int> expected;
+            for (int t = 0; t < n; ++t)
+                if (find(t) == find(seed)) expected.insert(t);
+            EXPECT_EQ(selected.front(), seed);
+            EXPECT_EQ(AsSet(selected).size(), selected.size());
+            EXPECT_EQ(AsSet(selected), expected) << degrees << " degrees, seed " << seed;
+        }
+    }
+}
+
 TEST(DetectShapeTangentFace, BadArgumentsAreLoggedAndLeaveTheResult) {
     TriMesh cube = zoltest::MakeUnitCube();
     TriMesh twoVertices;
@@ -143,6 +191,10 @@ TEST(DetectShapeTangentFace, BadArgumentsAreLoggedAndLeaveTheResult) {
     EXPECT_EQ(DetectShape::SelectTangentFace(&cube, -1, 0.1, &result), -2);
     EXPECT_EQ(DetectShape::SelectTangentFace(&cube, 12, 0.1, &result), -2);
     EXPECT_EQ(DetectShape::SelectTangentFace(&badCorner, 0, 0.1, &result), -2);
+    TriMeshInfo info;
+    SetProgress(0.5);
+    EXPECT_EQ(DetectShape::_SelectTangentFace(&cube, info, 12, 0.1, &result), -2);
+    EXPECT_EQ(GetApiProgress(), 0.0);
     EXPECT_EQ(result, std::vector<int>{-9});
     EXPECT_EQ(log.Lines(),
               (std::vector<std::string>{
@@ -153,5 +205,6 @@ TEST(DetectShapeTangentFace, BadArgumentsAreLoggedAndLeaveTheResult) {
                   "SelectTangentFace: invalid selectFaceId -1 / 12",
                   "SelectTangentFace: invalid selectFaceId 12 / 12",
                   "TriMeshInfo::CacheDataForEdgeInfos: invalid vertex id 7 in triangle 0",
-                  "SelectTangentFace: CacheDataForEdgeInfos failed -2"}));
+                  "SelectTangentFace: CacheDataForEdgeInfos failed -2",
+                  "SelectTangentFace: invalid selectFaceId 12 / 12"}));
 }

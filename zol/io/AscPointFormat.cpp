@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <zol/io/TextScanInternal.h>
 #include <zol/runtime/LogInternal.h>
 
 namespace ZOL {
@@ -72,10 +73,10 @@ void ScaleColors(std::vector<Vector3>& colors) {
 }
 }  // namespace
 
-PointCloud* ImportPointCloudByASC(const std::string& bytes, bool coloredExtension) {
+PointCloud* ImportPointCloudByASC(std::string_view bytes, bool coloredExtension) {
     PointData data;
     std::vector<Vector3> extra;  // the three columns after xyz, for 6-column files
-    LineReader reader(bytes);
+    LineCursor reader(bytes);
     std::string_view line;
     int columns = 0;
     Layout layout;
@@ -130,28 +131,12 @@ PointCloud* ImportPointCloudByASC(const std::string& bytes, bool coloredExtensio
 }
 
 int ExportPointCloudByASC(const std::string& fileName, const PointView& view, bool colored) {
-    std::string out;
-    out.reserve(static_cast<std::size_t>(view.count) * (colored ? 96 : 72));
-    for (int i = 0; i < view.count; ++i) {
-        AppendVector(out, view.coords[i]);
-        if (view.normals != nullptr) {
-            out += ' ';
-            AppendVector(out, view.normals[i]);
+    return WritePointFile(fileName, "ExportPointCloudByASC", [&](FileWriter& out) {
+        for (int i = 0; i < view.count; ++i) {
+            PutPointFields(out, view, i, true, colored ? ColorText::Byte : ColorText::None);
+            out.Put('\n');
         }
-        if (colored) {
-            const Vector3 c = view.colors != nullptr ? view.colors[i] : Vector3();
-            for (int k = 0; k < 3; ++k) {
-                out += ' ';
-                AppendInt(out, ColorToByte(c[k]));
-            }
-        }
-        out += '\n';
-    }
-    if (!WriteWholeFile(fileName, out)) {
-        LogLine("ExportPointCloudByASC: file could not open");
-        return RESULT_INVALID_INPUT;
-    }
-    return RESULT_OK;
+    });
 }
 
 }  // namespace pointio

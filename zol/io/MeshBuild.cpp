@@ -38,14 +38,21 @@ TriMesh* MeshData::Finish(const char* reader, int indexBase) {
     return mMesh.release();
 }
 
-void AddPolygonLine(std::string_view line, MeshData& data) {
-    TokenCursor tokens(line);
-    tokens.Skip();  // the corner count; only the first three corners are used
-    std::string_view token;
-    int ids[3];
-    int count = 0;
-    while (count < 3 && tokens.Next(token)) ids[count++] = ParseIndex(token);
-    if (count == 3) data.AddTriangle(ids[0], ids[1], ids[2]);
+bool AddPolygonLines(LineCursor& lines, int count, MeshData& data, const char* reader) {
+    std::string_view line, token;
+    for (int f = 0; f < count; ++f) {
+        if (!lines.Next(line)) {
+            LogLine(reader, ": unexpected end of file in face ", f);
+            return false;
+        }
+        TokenCursor tokens(line);
+        tokens.Skip();  // the corner count; only the first three corners are used
+        int ids[3];
+        int corners = 0;
+        while (corners < 3 && tokens.Next(token)) ids[corners++] = ParseIndex(token);
+        if (corners == 3) data.AddTriangle(ids[0], ids[1], ids[2]);
+    }
+    return true;
 }
 
 void PutTriangleLines(FileWriter& out, ITriMesh& mesh, std::string_view prefix, int indexBase) {

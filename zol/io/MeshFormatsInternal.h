@@ -12,6 +12,7 @@
 
 #include <zol/core/TriMesh.h>
 #include <zol/core/Vector3.h>
+#include <zol/io/TextScanInternal.h>
 #include <zol/runtime/LogInternal.h>
 
 namespace ZOL {
@@ -24,6 +25,14 @@ TriMesh* ImportMeshBySTL(const std::string& fileName);
 TriMesh* ImportMeshByOFF(const std::string& fileName);
 TriMesh* ImportMeshByPLY(const std::string& fileName);
 TriMesh* ImportMeshByZPT(const std::string& fileName);
+
+// The parsers behind the readers: a new mesh from a whole file's \p content, or null
+// after one log line; \p fileName only names the file in log lines.
+TriMesh* ParseMeshOBJ(std::string_view content, const std::string& fileName);
+TriMesh* ParseMeshSTL(std::string_view content, const std::string& fileName);
+TriMesh* ParseMeshOFF(std::string_view content, const std::string& fileName);
+TriMesh* ParseMeshPLY(std::string_view content, const std::string& fileName);
+TriMesh* ParseMeshZPT(std::string_view content, const std::string& fileName);
 
 // Writers: 0, or a negative status after one log line.
 int ExportMeshByOBJ(const std::string& fileName, const ITriMesh* triMesh);
@@ -71,21 +80,32 @@ private:
     std::unique_ptr<TriMesh> mMesh;
 };
 
-/// Runs \p read and turns a failed allocation (a file larger than memory) into a null
-/// result with the line "<reader>: out of memory".
-template <typename Read>
-TriMesh* GuardedRead(const char* reader, Read read) {
+/// Reads \p fileName whole and parses it with \p parse. A file that cannot be read
+/// gets the log line of \p openFailed and a null result; a failed allocation (a file
+/// larger than memory) gives null with the line "<reader>: out of memory".
+template <typename OpenFailed>
+TriMesh* ReadMeshFile(const std::string& fileName,
+                      const char* reader,
+                      OpenFailed openFailed,
+                      TriMesh* (*parse)(std::string_view, const std::string&)) {
     try {
-        return read();
+        FileContent content;
+        if (!content.Read(fileName)) {
+            openFailed();
+            return nullptr;
+        }
+        return parse(content.View(), fileName);
     } catch (const std::exception&) {  // bad_alloc or length_error: both are memory
         LogLine(reader, ": out of memory");
         return nullptr;
     }
 }
 
-/// Adds the first triangle of a polygon line "<cornerCount> i j k ..." (0-based
-/// indices); a line with fewer than three indices adds nothing.
-void AddPolygonLine(std::string_view line, MeshData& data);
+/// Reads \p count polygon lines "<cornerCount> i j k ..." (0-based indices) and adds
+/// the first triangle of each; a line with fewer than three indices adds nothing.
+/// \return false after the line "<reader>: unexpected end of file in face <f>" when the
+///         text ends first.
+bool AddPolygonLines(LineCursor& lines, int count, MeshData& data, const char* reader);
 
 /// Writes one line per triangle: \p prefix, then the three vertex indices plus
 /// \p indexBase separated by one blank.

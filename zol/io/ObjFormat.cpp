@@ -54,22 +54,19 @@ void CountObjItems(std::string_view text, std::size_t& vertices, std::size_t& fa
     }
 }
 
-TriMesh* ReadObj(const std::string& fileName) {
-    FileContent content;
-    if (!content.Read(fileName)) {
-        LogLine("Failed to open file: ", fileName);
-        return nullptr;
-    }
+}  // namespace
+
+TriMesh* ParseMeshOBJ(std::string_view content, const std::string&) {
     MeshData data;
     std::size_t vertexHint, faceHint;
-    CountObjItems(content.View(), vertexHint, faceHint);
+    CountObjItems(content, vertexHint, faceHint);
     data.Reserve(CappedReserve(vertexHint, content.size(), 2),
                  CappedReserve(faceHint, content.size(), 2));
 
     std::vector<Vector3> colors;
     std::vector<Vector3> texcoords;
     std::vector<int> cornerTexIds;  // three per triangle once any face has texture ids
-    LineCursor lines(content.View(), kObjLineMax);
+    LineCursor lines(content, kObjLineMax);
     std::string_view line;
     std::string_view token;
     while (lines.Next(line)) {
@@ -120,10 +117,10 @@ TriMesh* ReadObj(const std::string& fileName) {
     return data.Finish("ImportMeshByOBJ", 1);
 }
 
-}  // namespace
-
 TriMesh* ImportMeshByOBJ(const std::string& fileName) {
-    return GuardedRead("ImportMeshByOBJ", [&] { return ReadObj(fileName); });
+    return ReadMeshFile(
+        fileName, "ImportMeshByOBJ", [&] { LogLine("Failed to open file: ", fileName); },
+        ParseMeshOBJ);
 }
 
 int ExportMeshByOBJ(const std::string& fileName, const ITriMesh* triMesh) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include <zol/io/TextScanInternal.h>
 #include <zol/runtime/LogInternal.h>
 
 namespace ZOL {
@@ -15,11 +16,11 @@ namespace {
 constexpr int kMaxValues = 8;
 }  // namespace
 
-PointCloud* ImportPointCloudByOBJ(const std::string& bytes) {
+PointCloud* ImportPointCloudByOBJ(std::string_view bytes) {
     PointData data;
     std::vector<Vector3> colors;
     bool everyPointColored = true;
-    LineReader reader(bytes);
+    LineCursor reader(bytes);
     std::string_view line;
     double values[kMaxValues];
     while (reader.Next(line)) {
@@ -64,29 +65,18 @@ PointCloud* ImportPointCloudByOBJ(const std::string& bytes) {
 }
 
 int ExportPointCloudByOBJ(const std::string& fileName, const PointView& view) {
-    std::string out;
-    out.reserve(static_cast<std::size_t>(view.count) * (view.normals ? 120 : 60));
-    for (int i = 0; i < view.count; ++i) {
-        out += "v ";
-        AppendVector(out, view.coords[i]);
-        if (view.colors != nullptr) {
-            out += ' ';
-            AppendVector(out, view.colors[i]);
-        }
-        out += '\n';
-    }
-    if (view.normals != nullptr) {
+    return WritePointFile(fileName, "ExportPointCloudByOBJ", [&](FileWriter& out) {
         for (int i = 0; i < view.count; ++i) {
-            out += "vn ";
-            AppendVector(out, view.normals[i]);
-            out += '\n';
+            out.Put("v ");
+            PutPointFields(out, view, i, false, ColorText::Fraction);
+            out.Put('\n');
         }
-    }
-    if (!WriteWholeFile(fileName, out)) {
-        LogLine("ExportPointCloudByOBJ: file could not open");
-        return RESULT_INVALID_INPUT;
-    }
-    return RESULT_OK;
+        for (int i = 0; view.normals != nullptr && i < view.count; ++i) {
+            out.Put("vn ");
+            out.PutExacts(view.normals[i]);
+            out.Put('\n');
+        }
+    });
 }
 
 }  // namespace pointio

@@ -12,15 +12,11 @@ namespace {
 
 constexpr std::size_t kLineMax = 511;
 
-TriMesh* ReadOff(const std::string& fileName) {
-    FileContent content;
-    if (!content.Read(fileName)) {
-        LogLine("Failed to open file: ", fileName);
-        return nullptr;
-    }
+}  // namespace
+
+TriMesh* ParseMeshOFF(std::string_view text, const std::string&) {
     // Skip the keyword line; the two counts may follow after blank lines, and the rest
     // of their line (the edge count) is ignored.
-    std::string_view text(content);
     const std::size_t firstEnd = text.find('\n');
     TokenCursor countTokens(firstEnd == std::string_view::npos ? std::string_view()
                                                                : text.substr(firstEnd + 1));
@@ -56,20 +52,14 @@ TriMesh* ReadOff(const std::string& fileName) {
         while (count < 3 && tokens.Next(token)) xyz[count++] = ParseDouble(token);
         if (count == 3) data.AddVertex(Vector3(xyz[0], xyz[1], xyz[2]));
     }
-    for (int f = 0; f < faceCount; ++f) {
-        if (!lines.Next(line)) {
-            LogLine("ImportMeshByOFF: unexpected end of file in face ", f);
-            return nullptr;
-        }
-        AddPolygonLine(line, data);
-    }
+    if (!AddPolygonLines(lines, faceCount, data, "ImportMeshByOFF")) return nullptr;
     return data.Finish("ImportMeshByOFF", 0);
 }
 
-}  // namespace
-
 TriMesh* ImportMeshByOFF(const std::string& fileName) {
-    return GuardedRead("ImportMeshByOFF", [&] { return ReadOff(fileName); });
+    return ReadMeshFile(
+        fileName, "ImportMeshByOFF", [&] { LogLine("Failed to open file: ", fileName); },
+        ParseMeshOFF);
 }
 
 int ExportMeshByOFF(const std::string& fileName, const ITriMesh* triMesh) {

@@ -23,13 +23,10 @@ std::string_view From(std::string_view line, std::size_t position) {
     return position < line.size() ? line.substr(position) : std::string_view();
 }
 
-TriMesh* ReadPly(const std::string& fileName) {
-    FileContent content;
-    if (!content.Read(fileName)) {
-        LogLine("Failed to open file: ", fileName);
-        return nullptr;
-    }
-    LineCursor lines(content.View(), kLineMax);
+}  // namespace
+
+TriMesh* ParseMeshPLY(std::string_view content, const std::string& fileName) {
+    LineCursor lines(content, kLineMax);
     std::string_view line, token;
     int vertexCount = 0;
     int faceCount = 0;
@@ -79,15 +76,11 @@ TriMesh* ReadPly(const std::string& fileName) {
         }
     }
     data.hasVertexColor = hasColor;
-    for (int f = 0; f < faceCount; ++f) {
-        if (!lines.Next(line)) {
-            LogLine("ImportMeshByPLY: unexpected end of file in face ", f);
-            return nullptr;
-        }
-        AddPolygonLine(line, data);
-    }
+    if (!AddPolygonLines(lines, faceCount, data, "ImportMeshByPLY")) return nullptr;
     return data.Finish("ImportMeshByPLY", 0);
 }
+
+namespace {
 
 // Colour components 0..1 become 0..255 by truncation; out-of-range values are held to
 // the uchar range the header declares.
@@ -128,7 +121,9 @@ int WritePly(FileWriter& out, ITriMesh* mesh, bool withColor, TriMesh* colors, c
 }  // namespace
 
 TriMesh* ImportMeshByPLY(const std::string& fileName) {
-    return GuardedRead("ImportMeshByPLY", [&] { return ReadPly(fileName); });
+    return ReadMeshFile(
+        fileName, "ImportMeshByPLY", [&] { LogLine("Failed to open file: ", fileName); },
+        ParseMeshPLY);
 }
 
 int ExportMeshByPLYWithoutColor(const std::string& fileName, const ITriMesh* triMesh) {

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <memory>
 
+#include <zol/io/TextScanInternal.h>
 #include <zol/runtime/LogInternal.h>
 
 namespace ZOL {
@@ -74,11 +75,18 @@ struct Header {
     std::vector<Element> elements;
     std::int64_t numCols = 0;
     std::int64_t numRows = 0;
-    std::size_t bodyStart = 0;
+    std::string_view body;  ///< everything after the end_header line
 };
 
-bool ParseHeader(const std::string& bytes, Header& header) {
-    LineReader reader(bytes);
+void SplitTokens(std::string_view line, std::vector<std::string_view>& tokens) {
+    tokens.clear();
+    TokenCursor cursor(line);
+    std::string_view token;
+    while (cursor.Next(token)) tokens.push_back(token);
+}
+
+bool ParseHeader(std::string_view bytes, Header& header) {
+    LineCursor reader(bytes);
     std::string_view line;
     std::vector<std::string_view> tokens;
     if (!reader.Next(line) || line != "ply") {
@@ -91,7 +99,7 @@ bool ParseHeader(const std::string& bytes, Header& header) {
         if (tokens.empty() || tokens[0] == "comment") continue;
         const std::string_view key = tokens[0];
         if (key == "end_header") {
-            header.bodyStart = reader.Position();
+            header.body = reader.Rest();
             if (!sawFormat) LogLine(kWho, ": missing format line");
             return sawFormat;
         }
@@ -103,18 +111,18 @@ bool ParseHeader(const std::string& bytes, Header& header) {
             } else if (tokens[1] == "binary_big_endian") {
                 header.format = Format::BinaryBig;
             } else {
-                LogLine(kWho, ": unknown format: ", std::string(tokens[1]));
+                LogLine(kWho, ": unknown format: ", tokens[1]);
                 return false;
             }
             sawFormat = true;
         } else if (key == "obj_info" && tokens.size() >= 3) {
             std::int64_t v = 0;
-            if (tokens[1] == "num_cols" && ParseInt(tokens[2], v)) header.numCols = v;
-            if (tokens[1] == "num_rows" && ParseInt(tokens[2], v)) header.numRows = v;
+            if (tokens[1] == "num_cols" && ParseInt64Token(tokens[2], v)) header.numCols = v;
+            if (tokens[1] == "num_rows" && ParseInt64Token(tokens[2], v)) header.numRows = v;
         } else if (key == "element" && tokens.size() == 3) {
             Element e;
             e.name = std::string(tokens[1]);
-            if (!ParseInt(tokens[2], e.count) || e.count < 0) {
+            if (!ParseInt64Token(tokens[2], e.count) || e.count < 0) {
                 LogLine(kWho, ": invalid element count in header line ", reader.LineNumber());
                 return false;
             }
@@ -148,45 +156,33 @@ bool ParseHeader(const std::string& bytes, Header& header) {
 // Reads the values of the body one at a time, in ASCII or binary.
 class BodyReader {
 public:
-    BodyReader(const std::string& bytes, std::size_t start, Format format)
-        : mData(reinterpret_cast<const unsigned char*>(bytes.data())),
-          mSize(bytes.size()),
-          mPos(start),
-          mLineEnd(start),
-          mNextLine(start),
-          mFormat(format) {}
+    BodyReader(std::string_view body, Format format)
+        : mBody(body), mLines(body), mTokens(std::string_view()), mFormat(format) {}
 
     /// Starts the next element instance. In ASCII that is the next non-empty line: its
     /// values are read from it alone and whatever it holds beyond the declared
     /// properties is ignored. False when no line is left.
     bool BeginInstance() {
         if (mFormat != Format::Ascii) return true;
-        mPos = mNextLine;
-        while (mPos < mSize) {
-            const void* nl = std::memchr(mData + mPos, '\n', mSize - mPos);
-            const std::size_t end =
-                nl == nullptr ? mSize : static_cast<const unsigned char*>(nl) - mData;
-            std::size_t i = mPos;
-            while (i < end && IsSpace(mData[i])) ++i;
-            if (i < end) {
-                mPos = i;
-                mLineEnd = end;
-                mNextLine = end < mSize ? end + 1 : mSize;
-                return true;
-            }
-            mPos = end < mSize ? end + 1 : mSize;
+        std::string_view line;
+        while (mLines.Next(line)) {
+            mTokens = TokenCursor(line);
+            if (mTokens.HasNext()) return true;
         }
-        mNextLine = mLineEnd = mPos;
+        mTokens = TokenCursor(std::string_view());
         return false;
     }
 
     /// False at the end of data or on a malformed value.
     bool Read(Type type, double& value) {
-        if (mFormat == Format::Ascii) return ReadToken(value);
-        const int size = TypeSize(type);
-        if (mSize - mPos < static_cast<std::size_t>(size)) return false;
-        unsigned char b[8];
-        std::memcpy(b, mData + mPos, size);
+        if (mFormat == Format::Ascii) {
+            std::string_view token;
+            return mTokens.Next(token) && ParseDoubleToken(token, value);
+        }
+        const std::size_t size = static_cast<std::size_t>(TypeSize(type));
+        if (mBody.size() - mPos < size) return false;
+        char b[8];
+        std::memcpy(b, mBody.data() + mPos, size);
         mPos += size;
         if (mFormat == Format::BinaryBig) std::reverse(b, b + size);
         value = Decode(type, b);
@@ -200,29 +196,20 @@ public:
         count = static_cast<int>(value);
         return count == value;
     }
-    std::size_t Remaining() const { return mSize - mPos; }
+    /// Bytes not yet read.
+    std::size_t Remaining() const {
+        if (mFormat != Format::Ascii) return mBody.size() - mPos;
+        return mTokens.Rest().size() + mLines.Rest().size();
+    }
     bool IsAscii() const { return mFormat == Format::Ascii; }
 
 private:
-    static bool IsSpace(unsigned char c) {
-        return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v';
-    }
-
-    bool ReadToken(double& value) {
-        while (mPos < mLineEnd && IsSpace(mData[mPos])) ++mPos;
-        const std::size_t start = mPos;
-        while (mPos < mLineEnd && !IsSpace(mData[mPos])) ++mPos;
-        if (mPos == start) return false;
-        const char* text = reinterpret_cast<const char*>(mData) + start;
-        return ParseDouble(std::string_view(text, mPos - start), value);
-    }
-
-    static double Decode(Type type, const unsigned char* b) {
+    static double Decode(Type type, const char* b) {
         switch (type) {
             case Type::Int8:
                 return static_cast<std::int8_t>(b[0]);
             case Type::UInt8:
-                return b[0];
+                return static_cast<unsigned char>(b[0]);
             case Type::Int16: {
                 std::int16_t v;
                 std::memcpy(&v, b, 2);
@@ -233,28 +220,21 @@ private:
                 std::memcpy(&v, b, 2);
                 return v;
             }
-            case Type::Int32: {
-                std::int32_t v;
-                std::memcpy(&v, b, 4);
-                return v;
-            }
+            case Type::Int32:
+                return static_cast<std::int32_t>(GetU32LE(b));
             case Type::UInt32:
-                return GetU32(b);
-            case Type::Float32: {
-                float v;
-                std::memcpy(&v, b, 4);
-                return v;
-            }
+                return GetU32LE(b);
+            case Type::Float32:
+                return GetF32LE(b);
             default:
-                return GetF64(b);
+                return GetF64LE(b);
         }
     }
 
-    const unsigned char* mData;
-    std::size_t mSize;
-    std::size_t mPos;
-    std::size_t mLineEnd;   // ASCII: end of the current instance's line
-    std::size_t mNextLine;  // ASCII: where the next instance's search starts
+    std::string_view mBody;
+    LineCursor mLines;     // ASCII: the lines not yet begun
+    TokenCursor mTokens;   // ASCII: the rest of the current instance's line
+    std::size_t mPos = 0;  // binary: bytes read
     Format mFormat;
 };
 
@@ -288,6 +268,33 @@ bool HasCoordinates(const Element& e) {
     return found == 3;
 }
 
+// Reads every instance of \p e, calling visit(instance, property, j, value) for each
+// value, where j is -1 for a scalar property and the position in the list otherwise.
+// \return false at the end of data or on a malformed value.
+template <typename Visit>
+bool ReadInstances(BodyReader& body, const Element& e, Visit visit) {
+    if (e.properties.empty()) return true;  // nothing stored per instance
+    double value = 0.0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(e.count); ++i) {
+        if (!body.BeginInstance()) return false;
+        for (std::size_t k = 0; k < e.properties.size(); ++k) {
+            const Property& p = e.properties[k];
+            if (!p.isList) {
+                if (!body.Read(p.type, value)) return false;
+                visit(i, k, -1, value);
+                continue;
+            }
+            int count = 0;
+            if (!body.ReadListCount(p.countType, count)) return false;
+            for (int j = 0; j < count; ++j) {
+                if (!body.Read(p.type, value)) return false;
+                visit(i, k, j, value);
+            }
+        }
+    }
+    return true;
+}
+
 bool ReadVertices(BodyReader& body, const Element& e, PointData& data) {
     std::vector<int> slots;
     bool has[9] = {};
@@ -304,33 +311,18 @@ bool ReadVertices(BodyReader& body, const Element& e, PointData& data) {
     data.coords.resize(n);
     if (data.hasNormal) data.normals.resize(n);
     if (data.hasColor) data.colors.resize(n);
+    // Per slot the array it fills, null for the normal or colour that is incomplete.
+    std::vector<Vector3>* const arrays[3] = {&data.coords, data.hasNormal ? &data.normals : nullptr,
+                                             data.hasColor ? &data.colors : nullptr};
+    const bool read = ReadInstances(body, e, [&](std::size_t i, std::size_t k, int j, double v) {
+        const int s = slots[k];
+        if (j < 0 && s >= 0 && arrays[s / 3] != nullptr) (*arrays[s / 3])[i][s % 3] = v;
+    });
     const double colorScale = floatColor ? 1.0 : 1.0 / 255.0;
-    for (std::size_t i = 0; i < n; ++i) {
-        if (!body.BeginInstance()) return false;
-        double slot[9] = {};
-        for (std::size_t k = 0; k < e.properties.size(); ++k) {
-            const Property& p = e.properties[k];
-            double value = 0.0;
-            if (p.isList) {
-                int count = 0;
-                if (!body.ReadListCount(p.countType, count)) return false;
-                for (int j = 0; j < count; ++j) {
-                    if (!body.Read(p.type, value)) return false;
-                }
-                continue;
-            }
-            if (!body.Read(p.type, value)) return false;
-            if (slots[k] >= 0) slot[slots[k]] = value;
-        }
-        data.coords[i] = Vector3(slot[0], slot[1], slot[2]);
-        if (data.hasNormal) data.normals[i] = Vector3(slot[3], slot[4], slot[5]);
-        if (data.hasColor) {
-            Vector3 c(slot[6], slot[7], slot[8]);
-            for (int k = 0; k < 3; ++k) c[k] = std::clamp(c[k] * colorScale, 0.0, 1.0);
-            data.colors[i] = c;
-        }
+    for (Vector3& c : data.colors) {
+        for (int k = 0; k < 3; ++k) c[k] = std::clamp(c[k] * colorScale, 0.0, 1.0);
     }
-    return true;
+    return read;
 }
 
 // Reads the range grid: per cell a list that is empty or holds the cell's vertex.
@@ -342,57 +334,26 @@ bool ReadRangeGrid(BodyReader& body,
                    bool& consistent) {
     vertexCell.assign(vertexCount, -1);
     consistent = true;
-    if (e.properties.empty()) return true;
-    for (std::int64_t cell = 0; cell < e.count; ++cell) {
-        if (!body.BeginInstance()) return false;
-        for (const Property& p : e.properties) {
-            double value = 0.0;
-            if (!p.isList) {
-                if (!body.Read(p.type, value)) return false;
-                continue;
-            }
-            int count = 0;
-            if (!body.ReadListCount(p.countType, count)) return false;
-            for (int j = 0; j < count; ++j) {
-                if (!body.Read(p.type, value)) return false;
-                if (j > 0 || p.name != "vertex_indices") continue;
-                if (!(value >= 0.0 && value < static_cast<double>(vertexCount)) ||
-                    vertexCell[static_cast<std::size_t>(value)] != -1) {
-                    consistent = false;
-                    continue;
-                }
-                vertexCell[static_cast<std::size_t>(value)] = static_cast<int>(cell);
-            }
+    return ReadInstances(body, e, [&](std::size_t cell, std::size_t k, int j, double v) {
+        if (j != 0 || e.properties[k].name != "vertex_indices") return;
+        if (!(v >= 0.0 && v < static_cast<double>(vertexCount)) ||
+            vertexCell[static_cast<std::size_t>(v)] != -1) {
+            consistent = false;
+            return;
         }
-    }
-    return true;
+        vertexCell[static_cast<std::size_t>(v)] = static_cast<int>(cell);
+    });
 }
 
 bool SkipElement(BodyReader& body, const Element& e) {
-    if (e.properties.empty()) return true;  // nothing stored per instance
-    double value = 0.0;
-    for (std::int64_t i = 0; i < e.count; ++i) {
-        if (!body.BeginInstance()) return false;
-        for (const Property& p : e.properties) {
-            if (!p.isList) {
-                if (!body.Read(p.type, value)) return false;
-                continue;
-            }
-            int count = 0;
-            if (!body.ReadListCount(p.countType, count)) return false;
-            for (int j = 0; j < count; ++j) {
-                if (!body.Read(p.type, value)) return false;
-            }
-        }
-    }
-    return true;
+    return ReadInstances(body, e, [](std::size_t, std::size_t, int, double) {});
 }
 }  // namespace
 
-PointCloud* ImportPointCloudByPLY(const std::string& bytes) {
+PointCloud* ImportPointCloudByPLY(std::string_view bytes) {
     Header header;
     if (!ParseHeader(bytes, header)) return nullptr;
-    BodyReader body(bytes, header.bodyStart, header.format);
+    BodyReader body(header.body, header.format);
     PointData data;
     bool sawVertex = false;
     const Element* grid = nullptr;
@@ -456,64 +417,47 @@ PointCloud* ImportPointCloudByPLY(const std::string& bytes) {
 }
 
 int ExportPointCloudByPLY(const std::string& fileName, const PointView& view) {
-    const bool gridView = view.width > 0;
-    std::string out;
-    out.reserve(static_cast<std::size_t>(view.count) * 90 + 512 +
-                (gridView ? static_cast<std::size_t>(view.width) * view.height * 2 : 0));
-    out += "ply\nformat ascii 1.0\ncomment zolc2017 point cloud\n";
-    if (gridView) {
-        out += "obj_info num_cols ";
-        AppendInt(out, view.width);
-        out += "\nobj_info num_rows ";
-        AppendInt(out, view.height);
-        out += '\n';
-    }
-    out += "element vertex ";
-    AppendInt(out, view.count);
-    out += "\nproperty double x\nproperty double y\nproperty double z\n";
-    if (view.normals != nullptr)
-        out += "property double nx\nproperty double ny\nproperty double nz\n";
-    if (view.colors != nullptr) {
-        out += "property uchar red\nproperty uchar green\nproperty uchar blue\n";
-    }
-    if (gridView) {
-        out += "element range_grid ";
-        AppendInt(out, std::int64_t(view.width) * view.height);
-        out += "\nproperty list uchar int vertex_indices\n";
-    }
-    out += "end_header\n";
-    for (int i = 0; i < view.count; ++i) {
-        AppendVector(out, view.coords[i]);
-        if (view.normals != nullptr) {
-            out += ' ';
-            AppendVector(out, view.normals[i]);
+    return WritePointFile(fileName, "ExportPointCloudByPLY", [&](FileWriter& out) {
+        const bool gridView = view.width > 0;
+        out.Put("ply\nformat ascii 1.0\ncomment zolc2017 point cloud\n");
+        if (gridView) {
+            out.Put("obj_info num_cols ");
+            out.PutInt(view.width);
+            out.Put("\nobj_info num_rows ");
+            out.PutInt(view.height);
+            out.Put('\n');
         }
-        if (view.colors != nullptr) {
-            for (int k = 0; k < 3; ++k) {
-                out += ' ';
-                AppendInt(out, ColorToByte(view.colors[i][k]));
-            }
+        out.Put("element vertex ");
+        out.PutInt(view.count);
+        out.Put("\nproperty double x\nproperty double y\nproperty double z\n");
+        if (view.normals != nullptr)
+            out.Put("property double nx\nproperty double ny\nproperty double nz\n");
+        if (view.colors != nullptr)
+            out.Put("property uchar red\nproperty uchar green\nproperty uchar blue\n");
+        if (gridView) {
+            out.Put("element range_grid ");
+            out.PutInt(std::int64_t(view.width) * view.height);
+            out.Put("\nproperty list uchar int vertex_indices\n");
         }
-        out += '\n';
-    }
-    if (gridView) {
+        out.Put("end_header\n");
+        const ColorText colorText = view.colors != nullptr ? ColorText::Byte : ColorText::None;
+        for (int i = 0; i < view.count; ++i) {
+            PutPointFields(out, view, i, true, colorText);
+            out.Put('\n');
+        }
+        if (!gridView) return;
         std::vector<int> cellPoint(static_cast<std::size_t>(view.width) * view.height, -1);
         for (int i = 0; i < view.count; ++i) cellPoint[view.cells[i]] = i;
         for (int p : cellPoint) {
             if (p < 0) {
-                out += "0\n";
+                out.Put("0\n");
             } else {
-                out += "1 ";
-                AppendInt(out, p);
-                out += '\n';
+                out.Put("1 ");
+                out.PutInt(p);
+                out.Put('\n');
             }
         }
-    }
-    if (!WriteWholeFile(fileName, out)) {
-        LogLine("ExportPointCloudByPLY: file could not open");
-        return RESULT_INVALID_INPUT;
-    }
-    return RESULT_OK;
+    });
 }
 
 }  // namespace pointio

@@ -1,11 +1,8 @@
 // Helpers shared by the point-cloud formats: building a cloud from decoded arrays, the
-// flat view writers read, whole-file writing, number scanning and formatting.
+// flat view writers read, and the per-point fields of the text writers.
 #include <zol/io/PointFormatInternal.h>
 
-#include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 
 #include <zol/runtime/LogInternal.h>
 
@@ -21,8 +18,6 @@ Vector3 FiniteOrZero(const Vector3& v) {
 bool IsFinite(const Vector3& v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
-
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v'; }
 
 PointCloud* BuildGrid(PointData& data, const char* who) {
     const std::int64_t cellCount = std::int64_t(data.width) * data.height;
@@ -127,134 +122,29 @@ PointView::PointView(const IGridPointCloud& grid) {
     if (hasColor) colors = mColors.data();
 }
 
-bool WriteWholeFile(const std::string& fileName, const std::string& bytes) {
-    std::FILE* file = std::fopen(fileName.c_str(), "wb");
-    if (file == nullptr) return false;
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    const bool closed = std::fclose(file) == 0;
-    return written && closed;
-}
-
-bool LineReader::Next(std::string_view& line) {
-    if (mPos >= mText.size()) return false;
-    const std::size_t end = mText.find('\n', mPos);
-    const std::size_t stop = end == std::string_view::npos ? mText.size() : end;
-    line = mText.substr(mPos, stop - mPos);
-    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-    mPos = end == std::string_view::npos ? mText.size() : end + 1;
-    ++mLine;
-    return true;
-}
-
-bool ParseDouble(std::string_view token, double& value) {
-    if (!token.empty() && token.front() == '+') token.remove_prefix(1);
-    if (token.empty()) return false;
-    const char* end = token.data() + token.size();
-    const std::from_chars_result r = std::from_chars(token.data(), end, value);
-    if (r.ec == std::errc::result_out_of_range) {
-        // Beyond the double range: an underflow reads as 0, an overflow as infinity
-        // (the point is then dropped as non-finite).
-        const std::size_t e = token.find_first_of("eE");
-        const bool underflow =
-            e != std::string_view::npos && e + 1 < token.size() && token[e + 1] == '-';
-        const double magnitude = underflow ? 0.0 : HUGE_VAL;
-        value = (token.front() == '-') ? -magnitude : magnitude;
-        return r.ptr == end;
+void PutPointFields(
+    FileWriter& out, const PointView& view, int i, bool withNormal, ColorText colorText) {
+    out.PutExacts(view.coords[i]);
+    if (withNormal && view.normals != nullptr) {
+        out.Put(' ');
+        out.PutExacts(view.normals[i]);
     }
-    return r.ec == std::errc() && r.ptr == end;
-}
-
-bool ParseInt(std::string_view token, std::int64_t& value) {
-    if (!token.empty() && token.front() == '+') token.remove_prefix(1);
-    if (token.empty()) return false;
-    const char* end = token.data() + token.size();
-    const std::from_chars_result r = std::from_chars(token.data(), end, value);
-    return r.ec == std::errc() && r.ptr == end;
-}
-
-void SplitTokens(std::string_view line, std::vector<std::string_view>& tokens) {
-    tokens.clear();
-    std::size_t i = 0;
-    while (i < line.size()) {
-        while (i < line.size() && IsBlank(line[i])) ++i;
-        const std::size_t start = i;
-        while (i < line.size() && !IsBlank(line[i])) ++i;
-        if (i > start) tokens.push_back(line.substr(start, i - start));
+    if (colorText == ColorText::Fraction && view.colors != nullptr) {
+        out.Put(' ');
+        out.PutExacts(view.colors[i]);
+    } else if (colorText == ColorText::Byte) {
+        const Vector3 c = view.colors != nullptr ? view.colors[i] : Vector3();
+        for (int k = 0; k < 3; ++k) {
+            out.Put(' ');
+            out.PutInt(ColorToByte(c[k]));
+        }
     }
-}
-
-int ParseNumbers(std::string_view line, double* out, int max) {
-    int count = 0;
-    std::size_t i = 0;
-    while (i < line.size()) {
-        while (i < line.size() && IsBlank(line[i])) ++i;
-        const std::size_t start = i;
-        while (i < line.size() && !IsBlank(line[i])) ++i;
-        if (i == start) break;
-        if (count == max) return -1;
-        if (!ParseDouble(line.substr(start, i - start), out[count])) return -1;
-        ++count;
-    }
-    return count;
-}
-
-void AppendNumber(std::string& out, double v) {
-    char buffer[32];
-    const std::to_chars_result r = std::to_chars(buffer, buffer + sizeof(buffer), v);
-    out.append(buffer, r.ptr);
-}
-
-void AppendInt(std::string& out, std::int64_t v) {
-    char buffer[24];
-    const std::to_chars_result r = std::to_chars(buffer, buffer + sizeof(buffer), v);
-    out.append(buffer, r.ptr);
-}
-
-void AppendVector(std::string& out, const Vector3& v) {
-    AppendNumber(out, v.x);
-    out += ' ';
-    AppendNumber(out, v.y);
-    out += ' ';
-    AppendNumber(out, v.z);
 }
 
 int ColorToByte(double c) {
     if (!(c > 0.0)) return 0;
     if (c >= 1.0) return 255;
     return static_cast<int>(c * 255.0 + 0.5);
-}
-
-void PutU32(std::string& out, std::uint32_t v) {
-    const char b[4] = {char(v & 0xFF), char((v >> 8) & 0xFF), char((v >> 16) & 0xFF),
-                       char((v >> 24) & 0xFF)};
-    out.append(b, 4);
-}
-
-void PutU64(std::string& out, std::uint64_t v) {
-    PutU32(out, static_cast<std::uint32_t>(v & 0xFFFFFFFFu));
-    PutU32(out, static_cast<std::uint32_t>(v >> 32));
-}
-
-void PutF64(std::string& out, double v) {
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &v, sizeof(bits));
-    PutU64(out, bits);
-}
-
-std::uint32_t GetU32(const unsigned char* p) {
-    return std::uint32_t(p[0]) | (std::uint32_t(p[1]) << 8) | (std::uint32_t(p[2]) << 16) |
-           (std::uint32_t(p[3]) << 24);
-}
-
-std::uint64_t GetU64(const unsigned char* p) {
-    return std::uint64_t(GetU32(p)) | (std::uint64_t(GetU32(p + 4)) << 32);
-}
-
-double GetF64(const unsigned char* p) {
-    const std::uint64_t bits = GetU64(p);
-    double v = 0.0;
-    std::memcpy(&v, &bits, sizeof(v));
-    return v;
 }
 
 }  // namespace pointio

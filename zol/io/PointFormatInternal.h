@@ -1,6 +1,6 @@
 // Shared pieces of the point-cloud file formats: the decoded point arrays a reader
-// fills, the flat view a writer reads, whole-file I/O, number scanning and shortest
-// round-trip number text. Not installed.
+// fills, the flat view a writer reads and the per-point text both text writers share.
+// Files are read and written through TextScanInternal.h and TextWriterInternal.h.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,9 @@
 #include <zol/core/IPointCloud.h>
 #include <zol/core/PointCloud.h>
 #include <zol/core/Vector3.h>
+#include <zol/io/TextWriterInternal.h>
+#include <zol/runtime/Constants.h>
+#include <zol/runtime/LogInternal.h>
 
 namespace ZOL {
 namespace pointio {
@@ -65,60 +68,42 @@ private:
     std::vector<int> mCells;
 };
 
-/// Writes \p bytes as the whole file; false when it cannot be opened or written.
-bool WriteWholeFile(const std::string& fileName, const std::string& bytes);
-
-/// Splits text into lines (LF or CRLF); the last line may lack its end.
-class LineReader {
-public:
-    explicit LineReader(std::string_view text) : mText(text) {}
-    /// \return false at the end of the text.
-    bool Next(std::string_view& line);
-    /// 1-based number of the line last returned.
-    int LineNumber() const { return mLine; }
-    /// Bytes not yet returned.
-    std::size_t Remaining() const { return mText.size() - mPos; }
-    std::size_t Position() const { return mPos; }
-
-private:
-    std::string_view mText;
-    std::size_t mPos = 0;
-    int mLine = 0;
+/// How a text writer puts a colour after a point's coordinates (and normal).
+enum class ColorText {
+    None,      ///< no colour columns
+    Fraction,  ///< three numbers in [0, 1]
+    Byte,      ///< three integers 0..255, rounded; black when the view has no colours
 };
 
-/// Parses the blank- or tab-separated numbers of \p line into \p out (at most \p max).
-/// \return the number of values, or -1 when a token is not a number or there are more
-///         than \p max. Accepts a leading '+', "nan" and "inf".
-int ParseNumbers(std::string_view line, double* out, int max);
-/// Splits \p line into blank- or tab-separated tokens.
-void SplitTokens(std::string_view line, std::vector<std::string_view>& tokens);
-/// Parses one whole token as a double / a 64-bit integer; false when it is not one.
-bool ParseDouble(std::string_view token, double& value);
-bool ParseInt(std::string_view token, std::int64_t& value);
+/// Writes the fields of point \p i: x y z, then nx ny nz when \p withNormal and the
+/// view has normals, then the colour as \p colorText says, separated by one blank.
+void PutPointFields(
+    FileWriter& out, const PointView& view, int i, bool withNormal, ColorText colorText);
 
-/// Appends the shortest text that reads back as exactly \p v.
-void AppendNumber(std::string& out, double v);
-void AppendInt(std::string& out, std::int64_t v);
-/// Appends x, y, z separated by blanks.
-void AppendVector(std::string& out, const Vector3& v);
 /// A colour component in [0, 1] as a byte, rounded to nearest (so k / 255 writes k).
 int ColorToByte(double c);
 
-/// Little-endian fields of the binary formats.
-void PutU32(std::string& out, std::uint32_t v);
-void PutU64(std::string& out, std::uint64_t v);
-void PutF64(std::string& out, double v);
-std::uint32_t GetU32(const unsigned char* p);
-std::uint64_t GetU64(const unsigned char* p);
-double GetF64(const unsigned char* p);
+/// Opens \p fileName, lets \p put write the content and closes the file.
+/// \return 0, or -2 after the line "<writer>: file could not open" when the file could
+///         not be opened or not every byte was written.
+template <typename Put>
+int WritePointFile(const std::string& fileName, const char* writer, Put put) {
+    FileWriter out(fileName);
+    if (out.IsOpen()) {
+        put(out);
+        if (out.Close()) return RESULT_OK;
+    }
+    LogLine(writer, ": file could not open");
+    return RESULT_INVALID_INPUT;
+}
 
 // Per-format readers: parse the whole file held in \p bytes; null after one log line.
-PointCloud* ImportPointCloudByASC(const std::string& bytes, bool coloredExtension);
-PointCloud* ImportPointCloudByOBJ(const std::string& bytes);
-PointCloud* ImportPointCloudByPLY(const std::string& bytes);
-PointCloud* ImportPointCloudByZPC(const std::string& bytes);
-PointCloud* ImportPointCloudByZBP(const std::string& bytes);
-PointCloud* ImportPointCloudByZBG(const std::string& bytes);
+PointCloud* ImportPointCloudByASC(std::string_view bytes, bool coloredExtension);
+PointCloud* ImportPointCloudByOBJ(std::string_view bytes);
+PointCloud* ImportPointCloudByPLY(std::string_view bytes);
+PointCloud* ImportPointCloudByZPC(std::string_view bytes);
+PointCloud* ImportPointCloudByZBP(std::string_view bytes);
+PointCloud* ImportPointCloudByZBG(std::string_view bytes);
 
 // Per-format writers: format the view and write the file; 0, or -2 after a log line.
 int ExportPointCloudByASC(const std::string& fileName, const PointView& view, bool colored);

@@ -19,36 +19,9 @@ constexpr std::size_t kHeaderSize = 80;
 constexpr std::size_t kRecordSize = 50;
 constexpr char kHeaderText[] = "zolshapetoolkits mesh";
 
-std::uint32_t ReadUint32LE(const char* p) {
-    const unsigned char* b = reinterpret_cast<const unsigned char*>(p);
-    return std::uint32_t(b[0]) | std::uint32_t(b[1]) << 8 | std::uint32_t(b[2]) << 16 |
-           std::uint32_t(b[3]) << 24;
-}
-
-float ReadFloatLE(const char* p) {
-    const std::uint32_t bits = ReadUint32LE(p);
-    float value;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
-
-char* WriteUint32LE(char* p, std::uint32_t value) {
-    p[0] = static_cast<char>(value & 0xff);
-    p[1] = static_cast<char>((value >> 8) & 0xff);
-    p[2] = static_cast<char>((value >> 16) & 0xff);
-    p[3] = static_cast<char>((value >> 24) & 0xff);
-    return p + 4;
-}
-
-char* WriteFloatLE(char* p, float value) {
-    std::uint32_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return WriteUint32LE(p, bits);
-}
-
 TriMesh* ReadBinaryStl(std::string_view content) {
     const std::uint32_t faceCount =
-        content.size() >= kHeaderSize + 4 ? ReadUint32LE(content.data() + kHeaderSize) : 0;
+        content.size() >= kHeaderSize + 4 ? GetU32LE(content.data() + kHeaderSize) : 0;
     // A count the file cannot hold, or that would overflow the vertex indices, is as
     // unusable as no count.
     const std::uint64_t needed = kHeaderSize + 4 + std::uint64_t(kRecordSize) * faceCount;
@@ -63,7 +36,7 @@ TriMesh* ReadBinaryStl(std::string_view content) {
         // The stored normal (first 12 bytes) and the attribute (last 2) are not used.
         for (std::size_t k = 0; k < 3; ++k) {
             const char* v = record + 12 + 12 * k;
-            data.AddVertex(Vector3(ReadFloatLE(v), ReadFloatLE(v + 4), ReadFloatLE(v + 8)));
+            data.AddVertex(Vector3(GetF32LE(v), GetF32LE(v + 4), GetF32LE(v + 8)));
         }
         const int first = static_cast<int>(3 * f);
         data.AddTriangle(first, first + 1, first + 2);
@@ -116,17 +89,6 @@ TriMesh* ReadAsciiStl(std::string_view content) {
     return data.Finish("ImportMeshBySTL", 0);
 }
 
-TriMesh* ReadStl(const std::string& fileName) {
-    FileContent content;
-    if (!content.Read(fileName)) {
-        // An unreadable file passes the kind test as text (no byte of it is 128 or
-        // above), so it is the text reader's open that fails.
-        LogLine("ImportMeshBySTL:: open failed in asic");
-        return nullptr;
-    }
-    return IsBinaryStl(content) ? ReadBinaryStl(content) : ReadAsciiStl(content);
-}
-
 constexpr int kAllIndicesValid = INT_MIN;
 
 // Writes the 50-byte record of every triangle.
@@ -148,15 +110,15 @@ int WriteStlRecords(FileWriter& out, Mesh& mesh) {
         mesh.GetTriangleVertexIds(t, ids);
         const Vector3 n = mesh.GetTriangleNormal(t);
         char* const record = out.Claim(kRecordSize);
-        char* p = WriteFloatLE(record, static_cast<float>(n.x));
-        p = WriteFloatLE(p, static_cast<float>(n.y));
-        p = WriteFloatLE(p, static_cast<float>(n.z));
+        char* p = StoreF32LE(record, static_cast<float>(n.x));
+        p = StoreF32LE(p, static_cast<float>(n.y));
+        p = StoreF32LE(p, static_cast<float>(n.z));
         for (const int id : ids) {
             if (id < 0 || id >= vertexCount) return id;
             const float* v = &coords[3 * static_cast<std::size_t>(id)];
-            p = WriteFloatLE(p, v[0]);
-            p = WriteFloatLE(p, v[1]);
-            p = WriteFloatLE(p, v[2]);
+            p = StoreF32LE(p, v[0]);
+            p = StoreF32LE(p, v[1]);
+            p = StoreF32LE(p, v[2]);
         }
         p[0] = p[1] = 0;
         out.Commit(kRecordSize);
@@ -168,7 +130,7 @@ int WriteStlRecords(FileWriter& out, Mesh& mesh) {
 
 bool IsBinaryStl(std::string_view content) {
     if (content.size() >= kHeaderSize + 4) {
-        const std::uint32_t faceCount = ReadUint32LE(content.data() + kHeaderSize);
+        const std::uint32_t faceCount = GetU32LE(content.data() + kHeaderSize);
         if (content.size() == kHeaderSize + 4 + std::uint64_t(kRecordSize) * faceCount) return true;
     }
     const std::size_t begin = std::min(content.size(), kHeaderSize + 4);
@@ -179,8 +141,16 @@ bool IsBinaryStl(std::string_view content) {
     return false;
 }
 
+TriMesh* ParseMeshSTL(std::string_view content, const std::string&) {
+    return IsBinaryStl(content) ? ReadBinaryStl(content) : ReadAsciiStl(content);
+}
+
 TriMesh* ImportMeshBySTL(const std::string& fileName) {
-    return GuardedRead("ImportMeshBySTL", [&] { return ReadStl(fileName); });
+    // An unreadable file passes the kind test as text (no byte of it is 128 or above),
+    // so it is the text reader's open that fails.
+    return ReadMeshFile(
+        fileName, "ImportMeshBySTL", [] { LogLine("ImportMeshBySTL:: open failed in asic"); },
+        ParseMeshSTL);
 }
 
 int ExportMeshBySTL2Binary(const std::string& fileName, const ITriMesh* triMesh) {
@@ -193,7 +163,7 @@ int ExportMeshBySTL2Binary(const std::string& fileName, const ITriMesh* triMesh)
     }
     char header[kHeaderSize + 4] = {};
     std::memcpy(header, kHeaderText, sizeof kHeaderText - 1);
-    WriteUint32LE(header + kHeaderSize, static_cast<std::uint32_t>(triMesh->GetTriangleCount()));
+    StoreU32LE(header + kHeaderSize, static_cast<std::uint32_t>(triMesh->GetTriangleCount()));
     out.PutBytes(header, sizeof header);
     // Our own mesh is read without virtual calls; TriMesh is final.
     TriMesh* own = dynamic_cast<TriMesh*>(const_cast<ITriMesh*>(triMesh));

@@ -58,8 +58,10 @@ long long DecimalMagnitude(std::string_view text) {
     return magnitude;
 }
 
+// Parses the longest number at the start of \p text into \p value (0 when there is
+// none). \return one past its last character, or null when there is no number.
 template <typename Real>
-bool ParseRealPrefix(std::string_view text, Real& value) {
+const char* ScanReal(std::string_view text, Real& value) {
     value = 0;
     bool negative = false;
     std::size_t start = 0;
@@ -68,23 +70,27 @@ bool ParseRealPrefix(std::string_view text, Real& value) {
         start = 1;
     }
     // from_chars takes no "+" and we apply the sign ourselves, so a second sign fails.
-    if (start < text.size() && (text[start] == '+' || text[start] == '-')) return false;
+    if (start < text.size() && (text[start] == '+' || text[start] == '-')) return nullptr;
     const char* first = text.data() + start;
     const char* last = text.data() + text.size();
     Real parsed = 0;
     const std::from_chars_result result =
         std::from_chars(first, last, parsed, std::chars_format::general);
-    if (result.ec == std::errc::invalid_argument) return false;
+    if (result.ec == std::errc::invalid_argument) return nullptr;
     if (result.ec == std::errc::result_out_of_range) {
         const std::string_view consumed(first, result.ptr - first);
         parsed = DecimalMagnitude(consumed) >= 0 ? std::numeric_limits<Real>::infinity() : Real(0);
     }
     value = negative ? -parsed : parsed;
-    return true;
+    return result.ptr;
 }
 
+// Parses the leading integer of \p text into \p value, clamped to the range of Int
+// (\p overflow tells). \return one past its last digit, or null when there is none.
 template <typename Int>
-Int ParseIntegerPrefix(std::string_view text) {
+const char* ScanInteger(std::string_view text, Int& value, bool& overflow) {
+    value = 0;
+    overflow = false;
     bool negative = false;
     std::size_t start = 0;
     if (!text.empty() && (text[0] == '+' || text[0] == '-')) {
@@ -96,15 +102,31 @@ Int ParseIntegerPrefix(std::string_view text) {
     // Parse the magnitude unsigned so that the most negative value is reachable.
     unsigned long long magnitude = 0;
     const std::from_chars_result result = std::from_chars(first, last, magnitude);
-    if (result.ec == std::errc::invalid_argument) return 0;
-    const bool overflow = result.ec == std::errc::result_out_of_range;
+    if (result.ec == std::errc::invalid_argument) return nullptr;
     constexpr unsigned long long maxValue = std::numeric_limits<Int>::max();
+    overflow = result.ec == std::errc::result_out_of_range;
     if (negative) {
-        if (overflow || magnitude > maxValue) return std::numeric_limits<Int>::min();
-        return static_cast<Int>(-static_cast<long long>(magnitude));
+        overflow = overflow || magnitude > maxValue + 1;
+        value = overflow || magnitude == maxValue + 1
+                    ? std::numeric_limits<Int>::min()
+                    : static_cast<Int>(-static_cast<long long>(magnitude));
+    } else {
+        overflow = overflow || magnitude > maxValue;
+        value = overflow ? std::numeric_limits<Int>::max() : static_cast<Int>(magnitude);
     }
-    if (overflow || magnitude > maxValue) return std::numeric_limits<Int>::max();
-    return static_cast<Int>(magnitude);
+    return result.ptr;
+}
+
+template <typename Int>
+Int ParseIntegerPrefix(std::string_view text) {
+    Int value;
+    bool overflow;
+    ScanInteger(text, value, overflow);
+    return value;
+}
+
+bool IsWhole(std::string_view text, const char* end) {
+    return end != nullptr && end == text.data() + text.size();
 }
 
 }  // namespace
@@ -163,17 +185,40 @@ bool LineCursor::Next(std::string_view& line) {
     std::size_t length = stop - start;
     if (length > mMaxLength) length = mMaxLength;
     line = std::string_view(start, length);
+    ++mLine;
     return true;
 }
 
 bool ParseDoublePrefix(std::string_view text, double& value) {
-    return ParseRealPrefix(text, value);
+    return ScanReal(text, value) != nullptr;
 }
 
-bool ParseFloatPrefix(std::string_view text, float& value) { return ParseRealPrefix(text, value); }
+bool ParseFloatPrefix(std::string_view text, float& value) {
+    return ScanReal(text, value) != nullptr;
+}
 
 int ParseInt(std::string_view text) { return ParseIntegerPrefix<int>(text); }
 
 std::int64_t ParseInt64(std::string_view text) { return ParseIntegerPrefix<std::int64_t>(text); }
+
+bool ParseDoubleToken(std::string_view token, double& value) {
+    return IsWhole(token, ScanReal(token, value));
+}
+
+bool ParseInt64Token(std::string_view token, std::int64_t& value) {
+    bool overflow;
+    return IsWhole(token, ScanInteger(token, value, overflow)) && !overflow;
+}
+
+int ParseNumbers(std::string_view line, double* out, int max) {
+    TokenCursor tokens(line);
+    std::string_view token;
+    int count = 0;
+    while (tokens.Next(token)) {
+        if (count == max || !ParseDoubleToken(token, out[count])) return -1;
+        ++count;
+    }
+    return count;
+}
 
 }  // namespace ZOL

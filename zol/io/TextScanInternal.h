@@ -1,10 +1,12 @@
-// Reading side of the file formats: one read of the whole file into memory, a line
-// cursor with the readers' line semantics and locale-independent number parsing with
-// the forgiving behaviour of atof/atoi (a malformed number reads as 0).
+// Reading side of every file format, mesh and point cloud: one read of the whole file
+// into memory, a line cursor and a tokenizer over it, locale-independent number parsing
+// in two flavours (forgiving like atof/atoi, where a malformed number reads as 0, and
+// strict, where only a whole number is one) and little-endian binary fields.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -45,11 +47,14 @@ public:
     bool AtEnd() const { return mPos == mEnd; }
     /// The text not yet handed out.
     std::string_view Rest() const { return std::string_view(mPos, mEnd - mPos); }
+    /// 1-based number of the line last handed out (0 before the first).
+    int LineNumber() const { return mLine; }
 
 private:
     const char* mPos;
     const char* mEnd;
     std::size_t mMaxLength;
+    int mLine = 0;
 };
 
 /// Splits one line (or any text) into tokens separated by blanks, tabs or line ends.
@@ -71,6 +76,11 @@ public:
     bool Skip() {
         std::string_view ignored;
         return Next(ignored);
+    }
+    /// True when another token follows (the separators before it are skipped).
+    bool HasNext() {
+        while (mPos != mEnd && (IsBlank(*mPos) || *mPos == '\n')) ++mPos;
+        return mPos != mEnd;
     }
     /// The text not yet tokenised.
     std::string_view Rest() const { return std::string_view(mPos, mEnd - mPos); }
@@ -114,5 +124,39 @@ inline int ParseIndex(std::string_view text) {
 }
 /// The same for a 64-bit result, clamped to its range.
 std::int64_t ParseInt64(std::string_view text);
+
+/// Strict parsing: the whole \p token must be one number (a leading "+" or "-", "inf"
+/// and "nan" allowed); magnitudes beyond the range give an infinity or zero as above.
+/// \return false when it is not.
+bool ParseDoubleToken(std::string_view token, double& value);
+/// Strict parsing of a whole token as a 64-bit integer. \return false when it is not
+/// one or is out of range.
+bool ParseInt64Token(std::string_view token, std::int64_t& value);
+/// Strictly parses the blank-separated numbers of \p line into \p out.
+/// \return how many there were, or -1 when a token is not a number or there are more
+///         than \p max.
+int ParseNumbers(std::string_view line, double* out, int max);
+
+/// Little-endian fields of the binary formats, read from at least as many bytes.
+inline std::uint32_t GetU32LE(const char* p) {
+    const unsigned char* b = reinterpret_cast<const unsigned char*>(p);
+    return std::uint32_t(b[0]) | std::uint32_t(b[1]) << 8 | std::uint32_t(b[2]) << 16 |
+           std::uint32_t(b[3]) << 24;
+}
+inline std::uint64_t GetU64LE(const char* p) {
+    return std::uint64_t(GetU32LE(p)) | std::uint64_t(GetU32LE(p + 4)) << 32;
+}
+inline float GetF32LE(const char* p) {
+    const std::uint32_t bits = GetU32LE(p);
+    float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+inline double GetF64LE(const char* p) {
+    const std::uint64_t bits = GetU64LE(p);
+    double value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
 
 }  // namespace ZOL

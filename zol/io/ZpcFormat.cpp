@@ -6,6 +6,7 @@
 // cloud survives a write and read unchanged.
 #include <zol/io/PointFormatInternal.h>
 
+#include <zol/io/TextScanInternal.h>
 #include <zol/runtime/LogInternal.h>
 
 namespace ZOL {
@@ -16,21 +17,21 @@ const char* const kWho = "ImportPointCloudByZPC";
 constexpr std::size_t kMinPointLineBytes = 6;  // "0 0 0\n"
 }  // namespace
 
-PointCloud* ImportPointCloudByZPC(const std::string& bytes) {
-    LineReader reader(bytes);
+PointCloud* ImportPointCloudByZPC(std::string_view bytes) {
+    LineCursor reader(bytes);
     std::string_view line;
-    std::vector<std::string_view> tokens;
     if (!reader.Next(line)) {
         LogLine(kWho, ": empty file");
         return nullptr;
     }
-    SplitTokens(line, tokens);
-    if (tokens.size() != 2 || tokens[0] != "ZPC") {
+    TokenCursor tokens(line);
+    std::string_view magic, version;
+    if (!tokens.Next(magic) || !tokens.Next(version) || tokens.HasNext() || magic != "ZPC") {
         LogLine(kWho, ": missing ZPC magic word");
         return nullptr;
     }
-    if (tokens[1] != "1") {
-        LogLine(kWho, ": unsupported version: ", std::string(tokens[1]));
+    if (version != "1") {
+        LogLine(kWho, ": unsupported version: ", version);
         return nullptr;
     }
     double head[3];
@@ -45,7 +46,7 @@ PointCloud* ImportPointCloudByZPC(const std::string& bytes) {
         LogLine(kWho, ": invalid count line");
         return nullptr;
     }
-    if (count > static_cast<double>(reader.Remaining() / kMinPointLineBytes + 1)) {
+    if (count > static_cast<double>(reader.Rest().size() / kMinPointLineBytes + 1)) {
         LogLine(kWho, ": point count ", count, " exceeds the file size");
         return nullptr;
     }
@@ -85,29 +86,16 @@ PointCloud* ImportPointCloudByZPC(const std::string& bytes) {
 }
 
 int ExportPointCloudByZPC(const std::string& fileName, const PointView& view) {
-    std::string out;
-    out.reserve(static_cast<std::size_t>(view.count) * 72 + 32);
-    out += "ZPC 1\n";
-    AppendInt(out, view.count);
-    out += view.normals != nullptr ? " 1" : " 0";
-    out += view.colors != nullptr ? " 1\n" : " 0\n";
-    for (int i = 0; i < view.count; ++i) {
-        AppendVector(out, view.coords[i]);
-        if (view.normals != nullptr) {
-            out += ' ';
-            AppendVector(out, view.normals[i]);
+    return WritePointFile(fileName, "ExportPointCloudByZPC", [&](FileWriter& out) {
+        out.Put("ZPC 1\n");
+        out.PutInt(view.count);
+        out.Put(view.normals != nullptr ? " 1" : " 0");
+        out.Put(view.colors != nullptr ? " 1\n" : " 0\n");
+        for (int i = 0; i < view.count; ++i) {
+            PutPointFields(out, view, i, true, ColorText::Fraction);
+            out.Put('\n');
         }
-        if (view.colors != nullptr) {
-            out += ' ';
-            AppendVector(out, view.colors[i]);
-        }
-        out += '\n';
-    }
-    if (!WriteWholeFile(fileName, out)) {
-        LogLine("ExportPointCloudByZPC: file could not open");
-        return RESULT_INVALID_INPUT;
-    }
-    return RESULT_OK;
+    });
 }
 
 }  // namespace pointio

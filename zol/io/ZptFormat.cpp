@@ -27,13 +27,10 @@ bool ReadLineValues(LineCursor& lines, Number* values, int count, Parse parse) {
     return true;
 }
 
-TriMesh* ReadZpt(const std::string& fileName) {
-    FileContent content;
-    if (!content.Read(fileName)) {
-        LogLine("ImportMeshByZPT failed: can not open file: ", fileName);
-        return nullptr;
-    }
-    LineCursor lines(content.View(), kLineMax);
+}  // namespace
+
+TriMesh* ParseMeshZPT(std::string_view content, const std::string&) {
+    LineCursor lines(content, kLineMax);
     int counts[4] = {0, 0, 0, 0};
     ReadLineValues(lines, counts, 4, ParseInt);
     if (counts[0] != 1) {
@@ -101,10 +98,10 @@ TriMesh* ReadZpt(const std::string& fileName) {
     return data.Finish("ImportMeshByZPT", 0);
 }
 
-}  // namespace
-
 TriMesh* ImportMeshByZPT(const std::string& fileName) {
-    return GuardedRead("ImportMeshByZPT", [&] { return ReadZpt(fileName); });
+    return ReadMeshFile(
+        fileName, "ImportMeshByZPT",
+        [&] { LogLine("ImportMeshByZPT failed: can not open file: ", fileName); }, ParseMeshZPT);
 }
 
 int ExportMeshByZPT(const std::string& fileName, const TriMesh* triMesh) {

@@ -86,7 +86,7 @@ int TreeNode::ComputeBoundingBox(MeshQueryTreeInput& input) {
     const int index[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}};
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c) covariance.SetValue(r, c, s[index[r][c]] * inv);
-    const int status = input.eigenSolver.Compute(covariance);
+    const int status = input.eigenSolver.ComputeDirect(covariance);
     if (status != RESULT_OK)
         return LogFailure(status,
                           "TreeNode::ComputeBoundingBox: building self-adjoint eigen solver "
@@ -167,8 +167,11 @@ int MeshQueryTree::SplitNode(TreeNode* node, MeshQueryTreeInput& input) {
     }
     const Vector3 centre = node->box.mCenter;
     const Vector3* axes = node->box.mAxes;
-    std::vector<uint32_t> octants[8];
-    for (auto& list : octants) list.reserve(count / 4);
+    std::vector<uint32_t>* octants = input.octants;
+    for (int o = 0; o < 8; ++o) {
+        octants[o].clear();
+        octants[o].reserve(count / 4);
+    }
 
     // Vertex majority: a triangle goes to the side holding two or three of its corners.
     for (uint32_t t : node->triangles) {
@@ -182,12 +185,12 @@ int MeshQueryTree::SplitNode(TreeNode* node, MeshQueryTreeInput& input) {
         }
         octants[octant].push_back(t);
     }
-    bool split =
-        std::none_of(std::begin(octants), std::end(octants),
-                     [count](const std::vector<uint32_t>& l) { return l.size() == count; });
+    bool split = std::none_of(octants, octants + 8, [count](const std::vector<uint32_t>& l) {
+        return l.size() == count;
+    });
     if (!split) {
         // Centroid side: separates triangles that straddle the centre plane differently.
-        for (auto& list : octants) list.clear();
+        for (int o = 0; o < 8; ++o) octants[o].clear();
         for (uint32_t t : node->triangles) {
             const Vector3 d = input.centroids[t] - centre;
             int octant = 0;
@@ -195,9 +198,8 @@ int MeshQueryTree::SplitNode(TreeNode* node, MeshQueryTreeInput& input) {
                 if (d * axes[a] >= 0.0) octant |= 1 << a;
             octants[octant].push_back(t);
         }
-        const auto nonEmpty =
-            std::count_if(std::begin(octants), std::end(octants),
-                          [](const std::vector<uint32_t>& l) { return !l.empty(); });
+        const auto nonEmpty = std::count_if(
+            octants, octants + 8, [](const std::vector<uint32_t>& l) { return !l.empty(); });
         split = nonEmpty >= 2;
     }
     if (!split) {
@@ -208,7 +210,9 @@ int MeshQueryTree::SplitNode(TreeNode* node, MeshQueryTreeInput& input) {
     for (int o = 0; o < 8; ++o) {
         if (octants[o].empty()) continue;
         int status = RESULT_OK;
-        node->children[o] = AddTreeNode(node, std::move(octants[o]), input, status);
+        // An exact copy: the scratch lists keep their capacity for the next split.
+        node->children[o] = AddTreeNode(
+            node, std::vector<uint32_t>(octants[o].begin(), octants[o].end()), input, status);
         if (status != RESULT_OK) return status;
     }
     // Inner nodes keep one representative so that memory stays linear in the triangles.

@@ -21,6 +21,9 @@ struct MeshQueryTreeInput {
     std::vector<int> vertexIds;            // 3 per triangle
     std::vector<Vector3> centroids;        // per triangle, (a + b + c) / 3
     GeneralMatrixEigenSolver eigenSolver;  // reused by every node's box
+    /// Octant lists of the node being split, reused from node to node so that a split
+    /// allocates only the exact lists of its children.
+    std::vector<uint32_t> octants[8];
 };
 
 class TreeNode {

@@ -34,6 +34,14 @@ GeneralMatrixEigenSolver::GeneralMatrixEigenSolver() : mpImpl(nullptr) {}
 GeneralMatrixEigenSolver::~GeneralMatrixEigenSolver() { delete mpImpl; }
 
 int GeneralMatrixEigenSolver::Compute(const GeneralMatrix3& matrix) {
+    return Compute3(matrix, false);
+}
+
+int GeneralMatrixEigenSolver::ComputeDirect(const GeneralMatrix3& matrix) {
+    return Compute3(matrix, true);
+}
+
+int GeneralMatrixEigenSolver::Compute3(const GeneralMatrix3& matrix, bool direct) {
     // Keep the allocation of a previous success: the solver is reused per point.
     GeneralMatrixEigenSolverImpl* impl = mpImpl;
     mpImpl = nullptr;
@@ -46,8 +54,12 @@ int GeneralMatrixEigenSolver::Compute(const GeneralMatrix3& matrix) {
         return RESULT_FAIL;
     }
     const Eigen::Map<const Eigen::Matrix3d> m(matrix.GetData());
-    Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(m, Eigen::ComputeEigenvectors);
-    if (solver.info() != Eigen::Success) {
+    Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver;
+    if (direct)
+        solver.computeDirect(m, Eigen::ComputeEigenvectors);
+    else
+        solver.compute(m, Eigen::ComputeEigenvectors);
+    if (solver.info() != Eigen::Success || !solver.eigenvectors().allFinite()) {
         delete impl;
         return RESULT_FAIL;
     }

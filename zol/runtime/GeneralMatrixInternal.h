@@ -86,6 +86,11 @@ public:
     ///         On failure the previous decomposition is dropped.
     int Compute(const GeneralMatrix3& matrix);
     int Compute(const GeneralMatrix& matrix);
+    /// Compute by the closed-form (trigonometric) 3 x 3 method: several times faster,
+    /// with eigenvectors of nearly equal eigenvalues less accurate than Compute's. For
+    /// callers that only need a good orthonormal frame, such as bounding boxes.
+    /// \return as Compute.
+    int ComputeDirect(const GeneralMatrix3& matrix);
 
     /// Order of the decomposed matrix (0 before a successful Compute).
     int GetDimension() const;
@@ -100,6 +105,8 @@ public:
     bool GetEigenVector(int i, std::vector<double>& vector) const;
 
 private:
+    int Compute3(const GeneralMatrix3& matrix, bool direct);
+
     GeneralMatrixEigenSolverImpl* mpImpl;
 };
 

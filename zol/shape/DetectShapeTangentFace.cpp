@@ -34,7 +34,6 @@ int DetectShape::SelectTangentFace(const ITriMesh* triMesh,
                                    int selectFaceId,
                                    double angleTol,
                                    std::vector<int>* indexRes) {
-    SetProgress(0.0);
     TriMeshInfo info;
     return _SelectTangentFace(triMesh, info, selectFaceId, angleTol, indexRes);
 }
@@ -44,6 +43,8 @@ int DetectShape::_SelectTangentFace(const ITriMesh* triMesh,
                                     int selectFaceId,
                                     double angleTol,
                                     std::vector<int>* indexRes) {
+    // Hosts call this member directly with a cache of their own, so it opens the frame.
+    SetProgress(0.0);
     if (triMesh == nullptr || indexRes == nullptr)
         return LogFailure(RESULT_INVALID_INPUT,
                           "SelectTangentFace: triMesh == NULL || indexRes == NULL");
