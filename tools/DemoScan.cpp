@@ -12,9 +12,9 @@ namespace zoldemo {
 using namespace ZOL;
 
 namespace {
-constexpr int kRings = 24;      // sphere rings from pole to pole
-constexpr int kSegments = 48;   // sphere segments around the axis
-constexpr int kTableCells = 9;  // odd, so no table vertex meets the sphere's south pole
+constexpr int kRings = 120;      // sphere rings from pole to pole
+constexpr int kSegments = 240;   // sphere segments around the axis
+constexpr int kTableCells = 59;  // odd, so no table vertex meets the sphere's south pole
 constexpr double kTableHalf = 2.0;
 const Vector3 kSphereCenter(0, 0, 1);
 
