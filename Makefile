@@ -6,6 +6,7 @@ CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
 .PHONY: all deps configure build demo test bench install clean
+MAKEFLAGS += --no-print-directory
 
 all: build
 
