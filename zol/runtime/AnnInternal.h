@@ -16,7 +16,7 @@ std::mutex& AnnLibraryLock();
 
 /// Queries per lock acquisition in batched searches: large enough that the hand-off
 /// cost vanishes, small enough that other workers do not wait long.
-inline constexpr int kAnnQueryBatch = 64;
+inline constexpr int kAnnQueryBatch = 256;
 
 /// The indexed points (one contiguous block, row-major) and their kd-tree.
 class AnnImpl {
