@@ -118,17 +118,11 @@ TEST(ExternalTool, PovRayRendersOurMeshAndCylinders) {
                          << "object { #include \"" << plain << "\" translate <2, 0, 0> }\n"
                          << "object { #include \"" << textured << "\" translate <-3, 0, 0> }\n"
                          << "#include \"" << segments << "\"\n";
-    const std::string png = zoltest::ScratchPath("scene.png");
     const std::string ppm = zoltest::ScratchPath("scene.ppm");
     std::string output;
-    const std::string render = "povray +I" + scene + " +W48 +H48 -D -V +A0.3";
-    ASSERT_EQ(RunTool(render + " +FN +O" + png, output), 0) << output;
-    const std::string pngBytes = zoltest::ReadFile(png);
-    ASSERT_GT(pngBytes.size(), 8u);
-    EXPECT_EQ(pngBytes.substr(0, 8), "\x89PNG\r\n\x1a\n");
-
-    // The same render as a plain pixmap shows that objects, not just background, were drawn.
-    ASSERT_EQ(RunTool(render + " +FP +O" + ppm, output), 0) << output;
+    // A plain pixmap shows that objects, not just background, were drawn.
+    ASSERT_EQ(RunTool("povray +I" + scene + " +W48 +H48 -D -V +A0.3 +FP +O" + ppm, output), 0)
+        << output;
     std::istringstream image(zoltest::ReadFile(ppm));
     // Header: magic, width, height, maximum value; "#" starts a comment line.
     std::string fields[4];

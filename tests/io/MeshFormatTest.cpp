@@ -8,67 +8,31 @@
 #include <memory>
 #include <vector>
 
+#include <zol/core/PointCloud.h>
 #include <zol/core/TriMesh.h>
 #include <zol/io/Parser.h>
 
 #include "tests/common/MeshFactory.h"
+#include "tests/common/MeshHelpers.h"
 #include "tests/common/TestData.h"
 
 using namespace ZOL;
 
 namespace {
 
-// A host's own mesh class: not a TriMesh, so the writers see only ITriMesh.
-class HostMesh : public ITriMesh {
-public:
-    int GetVertexCount() const override { return static_cast<int>(mCoords.size()); }
-    int GetTriangleCount() const override { return static_cast<int>(mIds.size() / 3); }
-    Vector3 GetVertexCoord(int i) override { return mCoords[i]; }
-    void SetVertexCoord(int i, const Vector3& c) override { mCoords[i] = c; }
-    Vector3 GetVertexNormal(int) override { return Vector3(); }
-    void SetVertexNormal(int, const Vector3&) override {}
-    void GetTriangleVertexIds(int t, int ids[3]) const override {
-        for (int k = 0; k < 3; ++k) ids[k] = mIds[3 * t + k];
-    }
-    void SetTriangleVertexIds(int, int, int, int) override {}
-    Vector3 GetTriangleNormal(int) override { return Vector3(0, 0, 1); }
-    void SetTriangleNormal(int, const Vector3&) override {}
-    int InsertTriangle(int a, int b, int c) override {
-        mIds.insert(mIds.end(), {a, b, c});
-        return GetTriangleCount() - 1;
-    }
-    int InsertVertex(const Vector3& c) override {
-        mCoords.push_back(c);
-        return GetVertexCount() - 1;
-    }
-    void SwapVertex(int, int) override {}
-    void PopbackVertices(int) override {}
-    void SwapTriangles(int, int) override {}
-    void PopbackTriangles(int) override {}
-    void UpdateNormal() override {}
-    void Clear() override {}
-
-private:
-    std::vector<Vector3> mCoords;
-    std::vector<int> mIds;
-};
-
 // Three vertices whose numbers exercise the six-digit formatting, one triangle.
-template <typename Mesh>
-void FillSmall(Mesh& mesh) {
+TriMesh Small(bool colored) {
+    TriMesh mesh;
     mesh.InsertVertex(Vector3(0.1, -0.0, 1e-05));
     mesh.InsertVertex(Vector3(1234567.0, 2.5, -3));
     mesh.InsertVertex(Vector3(1.0 / 3, 100, 0.000123456789));
     mesh.InsertTriangle(0, 1, 2);
-}
-
-TriMesh SmallColored() {
-    TriMesh mesh;
-    FillSmall(mesh);
-    mesh.SetHasVertexColor(true);
-    mesh.SetVertexColor(0, Vector3(1, 0.5, 0));
-    mesh.SetVertexColor(1, Vector3(0.999, 0.2, 1.0 / 255));
-    mesh.SetVertexColor(2, Vector3(0.25, 0.75, 0.1));
+    if (colored) {
+        mesh.SetHasVertexColor(true);
+        mesh.SetVertexColor(0, Vector3(1, 0.5, 0));
+        mesh.SetVertexColor(1, Vector3(0.999, 0.2, 1.0 / 255));
+        mesh.SetVertexColor(2, Vector3(0.25, 0.75, 0.1));
+    }
     return mesh;
 }
 
@@ -91,56 +55,43 @@ TEST(MeshFormat, ExportWritesTheFormatOfTheExtension) {
     EXPECT_EQ(zoltest::ReadLines(name).size(), 20u);
 }
 
-TEST(MeshFormat, ObjTextIsExact) {
-    HostMesh plain;
-    FillSmall(plain);
-    const std::string name = zoltest::ScratchPath("small.obj");
-    ASSERT_EQ(Parser::ExportTriMesh(name, &plain), 0);
-    EXPECT_EQ(zoltest::ReadFile(name),
-              "v 0.1 -0 1e-05\nv 1.23457e+06 2.5 -3\nv 0.333333 100 0.000123457\nf 1 2 3\n");
-
-    TriMesh colored = SmallColored();
-    ASSERT_EQ(Parser::ExportTriMesh(name, &colored), 0);
-    EXPECT_EQ(zoltest::ReadFile(name),
-              "v 0.1 -0 1e-05 1 0.5 0\nv 1.23457e+06 2.5 -3 0.999 0.2 0.00392157\n"
-              "v 0.333333 100 0.000123457 0.25 0.75 0.1\nf 1 2 3\n");
-}
-
-TEST(MeshFormat, OffTextIsExact) {
-    HostMesh plain;
-    FillSmall(plain);
-    const std::string name = zoltest::ScratchPath("small.off");
-    ASSERT_EQ(Parser::ExportTriMesh(name, &plain), 0);
-    EXPECT_EQ(zoltest::ReadFile(name),
-              "OFF\n3 1 0\n0.1 -0 1e-05\n1.23457e+06 2.5 -3\n0.333333 100 0.000123457\n3 0 1 2\n");
-}
-
-TEST(MeshFormat, PlyTextIsExactWithAndWithoutColour) {
-    const std::string head =
+TEST(MeshFormat, TextFormatsAreExactAndOnlyTriMeshColoursAreWritten) {
+    const std::string plyHead =
         "ply\nformat ascii 1.0 \nelement vertex 3\nproperty float x\nproperty float y\n"
         "property float z\n";
-    const std::string tail = "element face 1\nproperty list uchar int vertex_indices\nend_header\n";
-    const std::string name = zoltest::ScratchPath("small.ply");
-
-    HostMesh plain;
-    FillSmall(plain);
-    ASSERT_EQ(Parser::ExportTriMesh(name, &plain), 0);
-    EXPECT_EQ(zoltest::ReadFile(name), head + tail +
-                                           "0.1 -0 1e-05\n1.23457e+06 2.5 -3\n"
-                                           "0.333333 100 0.000123457\n3 0 1 2\n");
-
-    TriMesh colored = SmallColored();
-    ASSERT_EQ(Parser::ExportTriMesh(name, &colored), 0);
-    EXPECT_EQ(zoltest::ReadFile(name),
-              head + "property uchar red\nproperty uchar green\nproperty uchar blue\n" + tail +
-                  "0.1 -0 1e-05 255 127 0\n1.23457e+06 2.5 -3 254 51 1\n"
-                  "0.333333 100 0.000123457 63 191 25\n3 0 1 2\n");
-
-    // A TriMesh without colours takes the colourless layout.
-    TriMesh uncolored;
-    FillSmall(uncolored);
-    ASSERT_EQ(Parser::ExportTriMesh(name, &uncolored), 0);
-    EXPECT_EQ(zoltest::ReadFile(name).find("red"), std::string::npos);
+    const std::string plyTail =
+        "element face 1\nproperty list uchar int vertex_indices\nend_header\n";
+    const std::string offText =
+        "OFF\n3 1 0\n0.1 -0 1e-05\n1.23457e+06 2.5 -3\n0.333333 100 0.000123457\n3 0 1 2\n";
+    const struct {
+        const char* extension;
+        std::string plain;
+        std::string colored;
+    } cases[] = {
+        {"obj", "v 0.1 -0 1e-05\nv 1.23457e+06 2.5 -3\nv 0.333333 100 0.000123457\nf 1 2 3\n",
+         "v 0.1 -0 1e-05 1 0.5 0\nv 1.23457e+06 2.5 -3 0.999 0.2 0.00392157\n"
+         "v 0.333333 100 0.000123457 0.25 0.75 0.1\nf 1 2 3\n"},
+        {"off", offText, offText},
+        {"ply",
+         plyHead + plyTail +
+             "0.1 -0 1e-05\n1.23457e+06 2.5 -3\n0.333333 100 0.000123457\n3 0 1 2\n",
+         plyHead + "property uchar red\nproperty uchar green\nproperty uchar blue\n" + plyTail +
+             "0.1 -0 1e-05 255 127 0\n1.23457e+06 2.5 -3 254 51 1\n"
+             "0.333333 100 0.000123457 63 191 25\n3 0 1 2\n"},
+    };
+    TriMesh colored = Small(true);
+    TriMesh uncolored = Small(false);
+    zoltest::ForwardingMesh host(colored);  // a host's own mesh: the writers see ITriMesh only
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.extension);
+        const std::string name = zoltest::ScratchPath(std::string("small.") + c.extension);
+        ASSERT_EQ(Parser::ExportTriMesh(name, &colored), 0);
+        EXPECT_EQ(zoltest::ReadFile(name), c.colored);
+        ASSERT_EQ(Parser::ExportTriMesh(name, &host), 0);
+        EXPECT_EQ(zoltest::ReadFile(name), c.plain);
+        ASSERT_EQ(Parser::ExportTriMesh(name, &uncolored), 0);
+        EXPECT_EQ(zoltest::ReadFile(name), c.plain);
+    }
 }
 
 TEST(MeshFormat, StlBytesFollowTheBinaryLayout) {
@@ -154,22 +105,19 @@ TEST(MeshFormat, StlBytesFollowTheBinaryLayout) {
     for (int t = 0; t < 12; ++t) {
         const std::size_t record = 84 + 50 * t;
         const Vector3& n = cube.GetTriangleNormalRef(t);
-        for (int k = 0; k < 3; ++k)
-            EXPECT_EQ(FloatAt(bytes, record + 4 * k), static_cast<float>(n[k]));
+        for (int k = 0; k < 3; ++k) EXPECT_EQ(FloatAt(bytes, record + 4 * k), float(n[k]));
         const int* ids = cube.GetTriangleVertexIdsRef(t);
         for (int corner = 0; corner < 3; ++corner) {
             const Vector3& p = cube.GetVertexCoordRef(ids[corner]);
-            for (int k = 0; k < 3; ++k) {
-                EXPECT_EQ(FloatAt(bytes, record + 12 + 12 * corner + 4 * k),
-                          static_cast<float>(p[k]));
-            }
+            for (int k = 0; k < 3; ++k)
+                EXPECT_EQ(FloatAt(bytes, record + 12 + 12 * corner + 4 * k), float(p[k]));
         }
         EXPECT_EQ(bytes.substr(record + 48, 2), std::string(2, '\0'));
     }
 }
 
 TEST(MeshFormat, ZptTextIsExact) {
-    TriMesh mesh = SmallColored();
+    TriMesh mesh = Small(true);
     mesh.SetVertexNormal(0, Vector3(0, 0, 1));
     mesh.SetHasTriangleTexCoord(true);
     mesh.SetTriangleTexcoord(0, 1, Vector3(0.5, 0.25, 0));
@@ -187,8 +135,8 @@ TEST(MeshFormat, ZptTextIsExact) {
 
 TEST(MeshFormat, ExportFailuresHaveTheirStatusAndLine) {
     TriMesh cube = zoltest::MakeUnitCube();
-    HostMesh host;
-    FillSmall(host);
+    TriMesh colored = Small(true);
+    zoltest::ForwardingMesh host(cube);
     const struct {
         std::string name;
         const ITriMesh* mesh;
@@ -206,6 +154,7 @@ TEST(MeshFormat, ExportFailuresHaveTheirStatusAndLine) {
         {"no_dir/cube.obj", &cube, -2, "ExportMeshByOBJ: file could not open"},
         {"no_dir/cube.stl", &cube, -2, "ExportMeshBySTL2Binary: file could not open"},
         {"no_dir/cube.ply", &cube, -2, "ExportMeshByPLYWithoutColor: file could not open"},
+        {"no_dir/colored.ply", &colored, -2, "ExportMeshByPLYWithColor: file could not open"},
         {"no_dir/cube.off", &cube, -2, "ExportMeshByOFF: file could not open "},
         {"no_dir/cube.zpt", &cube, -2, "ExportMeshByZPT: file could not open"},
     };
@@ -215,11 +164,6 @@ TEST(MeshFormat, ExportFailuresHaveTheirStatusAndLine) {
         EXPECT_EQ(Parser::ExportTriMesh(c.name, c.mesh), c.status);
         EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
     }
-    TriMesh colored = SmallColored();
-    zoltest::LogCapture log;
-    EXPECT_EQ(Parser::ExportTriMesh("no_dir/colored.ply", &colored), -2);
-    EXPECT_EQ(log.Lines(),
-              std::vector<std::string>{"ExportMeshByPLYWithColor: file could not open"});
 }
 
 TEST(MeshFormat, EveryFormatRoundTripsToTheSameBytes) {
@@ -227,19 +171,23 @@ TEST(MeshFormat, EveryFormatRoundTripsToTheSameBytes) {
     // six significant digits (STL: single precision, three vertices per triangle).
     TriMesh sphere = zoltest::MakeSphere(24, 12, 2.0);
     sphere.SetHasVertexColor(true);
-    for (int i = 0; i < sphere.GetVertexCount(); ++i) {
+    sphere.SetHasTriangleTexCoord(true);
+    for (int i = 0; i < sphere.GetVertexCount(); ++i)
         sphere.SetVertexColor(i, Vector3((i % 256) / 255.0, 0.5, 1.0));
+    for (int t = 0; t < sphere.GetTriangleCount(); ++t) {
+        for (int k = 0; k < 3; ++k)
+            sphere.SetTriangleTexcoord(t, k, Vector3((t % 16) / 16.0, k / 4.0, 0));
     }
-    for (const char* extension : {"obj", "stl", "off", "ply", "zpt"}) {
+    for (const std::string extension : {"obj", "stl", "off", "ply", "zpt"}) {
         SCOPED_TRACE(extension);
-        const std::string first = zoltest::ScratchPath(std::string("first.") + extension);
-        const std::string second = zoltest::ScratchPath(std::string("second.") + extension);
+        const std::string first = zoltest::ScratchPath("first." + extension);
+        const std::string second = zoltest::ScratchPath("second." + extension);
         ASSERT_EQ(Parser::ExportTriMesh(first, &sphere), 0);
         std::unique_ptr<TriMesh> back = Import(first);
         ASSERT_NE(back, nullptr);
         ASSERT_EQ(back->GetTriangleCount(), sphere.GetTriangleCount());
         ASSERT_EQ(Parser::ExportTriMesh(second, back.get()), 0);
-        if (std::string(extension) != "stl") {
+        if (extension != "stl") {
             EXPECT_EQ(zoltest::ReadFile(first), zoltest::ReadFile(second));
             EXPECT_EQ(back->GetVertexCount(), sphere.GetVertexCount());
         }
@@ -252,48 +200,47 @@ TEST(MeshFormat, EveryFormatRoundTripsToTheSameBytes) {
             }
         }
         EXPECT_LT(largest, 1e-5);
-        const bool keepsColour = std::string(extension) != "stl" && std::string(extension) != "off";
+        const bool keepsColour = extension != "stl" && extension != "off";
         EXPECT_EQ(back->HasVertexColor(), keepsColour);
         if (keepsColour) {
             EXPECT_NEAR(back->GetVertexColor(200).x, 200 / 255.0, 1e-6);
         }
+        if (extension == "zpt") {
+            ASSERT_TRUE(back->HasTriangleTexCoord());
+            EXPECT_EQ(back->GetTriangleTexcoord(511, 2).x, 15 / 16.0);
+            EXPECT_EQ(back->GetTriangleTexcoord(511, 2).y, 0.5);
+            EXPECT_LT(back->GetVertexNormalRef(7).Distance(sphere.GetVertexNormalRef(7)), 1e-5);
+        }
     }
 }
 
-TEST(MeshFormat, ZptKeepsNormalsColoursAndTextureCoordinates) {
-    TriMesh mesh = zoltest::MakeUnitCube();
-    mesh.SetHasVertexColor(true);
-    mesh.SetHasTriangleTexCoord(true);
-    for (int i = 0; i < mesh.GetVertexCount(); ++i)
-        mesh.SetVertexColor(i, Vector3(i / 8.0, 0.5, 0.25));
-    for (int t = 0; t < mesh.GetTriangleCount(); ++t) {
-        for (int k = 0; k < 3; ++k) mesh.SetTriangleTexcoord(t, k, Vector3(t / 16.0, k / 4.0, 0));
-    }
-    const std::string name = zoltest::ScratchPath("cube.zpt");
-    ASSERT_EQ(Parser::ExportTriMesh(name, &mesh), 0);
-    std::unique_ptr<TriMesh> back = Import(name);
-    ASSERT_NE(back, nullptr);
-    ASSERT_TRUE(back->HasTriangleTexCoord());
-    EXPECT_EQ(back->GetTriangleTexcoord(11, 2).x, 11 / 16.0);
-    EXPECT_EQ(back->GetTriangleTexcoord(11, 2).y, 0.5);
-    EXPECT_EQ(back->GetVertexColor(5).x, 5 / 8.0);
-    EXPECT_LT(back->GetVertexNormalRef(7).Distance(mesh.GetVertexNormalRef(7)), 1e-5);
-}
-
-TEST(MeshFormat, NumbersIgnoreTheGlobalLocale) {
+TEST(MeshFormat, ReadersAndWritersIgnoreTheGlobalLocale) {
+    // A host in a German locale: decimal comma, thousands grouped with dots.
     struct CommaPunct : std::numpunct<char> {
         char do_decimal_point() const override { return ','; }
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
     };
+    const std::string offText = "OFF\n3 1 0\n1234.5 0 0\n0 2.25 0\n0 0 0.001\n3 0 1 2\n";
     const std::string off = zoltest::ScratchPath("locale.off");
-    std::ofstream(off) << "OFF\n3 1 0\n1.5 0 0\n0 2.25 0\n0 0 1e-3\n3 0 1 2\n";
+    const std::string asc = zoltest::ScratchPath("locale.asc");
+    std::ofstream(off) << "OFF\n3 1 0\n1234.5 0 0\n0 2.25 0\n0 0 1e-3\n3 0 1 2\n";
+    std::ofstream(asc) << "1234.5 2.25 1e-3\n";
     const std::locale previous =
         std::locale::global(std::locale(std::locale::classic(), new CommaPunct));
     std::unique_ptr<TriMesh> mesh = Import(off);
-    const std::string copy = zoltest::ScratchPath("copy.off");
-    const int status = mesh ? Parser::ExportTriMesh(copy, mesh.get()) : -99;
+    std::unique_ptr<PointCloud> cloud(Parser::ImportPointCloud(asc));
+    const std::string meshCopy = zoltest::ScratchPath("copy.off");
+    const std::string cloudCopy = zoltest::ScratchPath("copy.asc");
+    const int meshStatus = mesh ? Parser::ExportTriMesh(meshCopy, mesh.get()) : -99;
+    const int cloudStatus = cloud ? Parser::ExportPointCloud(cloudCopy, cloud.get()) : -99;
     std::locale::global(previous);
     ASSERT_NE(mesh, nullptr);
-    EXPECT_EQ(mesh->GetVertexCoordRef(0).x, 1.5);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(zoltest::ReadFile(copy), "OFF\n3 1 0\n1.5 0 0\n0 2.25 0\n0 0 0.001\n3 0 1 2\n");
+    ASSERT_NE(cloud, nullptr);
+    EXPECT_EQ(mesh->GetVertexCoordRef(0).x, 1234.5);
+    EXPECT_EQ(cloud->GetPointCoord(0).y, 2.25);
+    EXPECT_EQ(meshStatus, 0);
+    EXPECT_EQ(cloudStatus, 0);
+    EXPECT_EQ(zoltest::ReadFile(meshCopy), offText);
+    EXPECT_EQ(zoltest::ReadFile(cloudCopy), "1234.5 2.25 0.001\n");
 }

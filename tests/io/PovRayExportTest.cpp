@@ -37,6 +37,13 @@ TEST(PovRayExport, MeshWithOneColourIsOneMesh2Object) {
                                            "  face_indices {\n"
                                            "    2, <0, 1, 2>, <2, 1, 3>}\n"
                                            "pigment { color rgb <1, 0.5, 0.25> }}\n");
+
+    TriMesh lone;  // without triangles the object is still complete
+    lone.InsertVertex(Vector3(1, 2, 3));
+    ASSERT_EQ(Parser::ExportTriMeshToPovray(name, &lone, &color), 0);
+    EXPECT_EQ(zoltest::ReadFile(name),
+              "mesh2 {\n  vertex_vectors {\n    1, <-1, 2, 3>}\n  face_indices {\n    0}\n"
+              "pigment { color rgb <1, 0.5, 0.25> }}\n");
 }
 
 TEST(PovRayExport, MeshWithoutColourUsesOneTexturePerVertex) {
@@ -55,17 +62,6 @@ TEST(PovRayExport, MeshWithoutColourUsesOneTexturePerVertex) {
                                            "  face_indices {\n"
                                            "    2, <0, 1, 2>, 0, 1, 2, <2, 1, 3>, 2, 1, 3}\n"
                                            "}\n");
-}
-
-TEST(PovRayExport, MeshWithoutTrianglesIsStillComplete) {
-    TriMesh mesh;
-    mesh.InsertVertex(Vector3(1, 2, 3));
-    Vector3 color(0.5, 0.5, 0.5);
-    const std::string name = zoltest::ScratchPath("empty.inc");
-    ASSERT_EQ(Parser::ExportTriMeshToPovray(name, &mesh, &color), 0);
-    EXPECT_EQ(zoltest::ReadFile(name),
-              "mesh2 {\n  vertex_vectors {\n    1, <-1, 2, 3>}\n  face_indices {\n    0}\n"
-              "pigment { color rgb <0.5, 0.5, 0.5> }}\n");
 }
 
 TEST(PovRayExport, TexturedMeshListsCornerCoordinates) {

@@ -1,10 +1,10 @@
 // The number formatting and parsing under every reader and writer: formatting must
-// give the default stream's text exactly, parsing must behave like atof/atoi in the C
+// give the default stream's text exactly, parsing must agree with strtod in the C
 // locale, and lines must be split as the readers expect.
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <locale>
@@ -30,13 +30,18 @@ std::string Streamed(double value) {
     return out.str();
 }
 
-// A locale whose decimal point is a comma and which groups thousands, as a host in a
-// German locale would set globally.
-struct CommaPunct : std::numpunct<char> {
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-};
+// Parses \p text both ways and compares result and success.
+void ExpectParsedLikeStrtod(const std::string& text) {
+    char* end = nullptr;
+    const double expected = std::strtod(text.c_str(), &end);
+    double value = -99;
+    EXPECT_EQ(ParseDoublePrefix(text, value), end != text.c_str()) << text;
+    if (std::isnan(expected)) {
+        EXPECT_TRUE(std::isnan(value)) << text;
+    } else {
+        EXPECT_EQ(value, expected) << text;
+    }
+}
 
 }  // namespace
 
@@ -69,110 +74,63 @@ TEST(TextFormat, RealMatchesDefaultStreamText) {
     }
 }
 
-TEST(TextFormat, NumbersIgnoreTheGlobalLocale) {
-    const std::locale previous =
-        std::locale::global(std::locale(std::locale::classic(), new CommaPunct));
-    char text[kNumberTextMax];
-    const std::string real(text, FormatReal(text, 1234.5));
-    const std::string integer(text, FormatInt(text, 1234567));
-    const double parsed = ParseDouble("1.5");
-    std::locale::global(previous);
-    EXPECT_EQ(real, "1234.5");
-    EXPECT_EQ(integer, "1234567");
-    EXPECT_EQ(parsed, 1.5);
-}
-
-TEST(TextScan, DoubleParsesLikeAtof) {
-    const struct {
-        const char* text;
-        double value;
-        bool isNumber;
-    } cases[] = {
-        {"1.5", 1.5, true},
-        {"-2", -2.0, true},
-        {"+3.25", 3.25, true},
-        {".5", 0.5, true},
-        {"5.", 5.0, true},
-        {"1e3", 1000.0, true},
-        {"1E-2", 0.01, true},
-        {"7abc", 7.0, true},
-        {"1e", 1.0, true},
-        {"2/3/4", 2.0, true},
-        {"abc", 0.0, false},
-        {"", 0.0, false},
-        {"-", 0.0, false},
-        {"+-1", 0.0, false},
-        {"1e999", HUGE_VAL, true},
-        {"-1e999", -HUGE_VAL, true},
-        {"1e-999", 0.0, true},
-        {"0.0000e99999", 0.0, true},
-        {"123456789012345678901234567890e300", HUGE_VAL, true},
-        {"0.000000000000000000000000000001e-300", 0.0, true},
-        {"inf", HUGE_VAL, true},
-        {"-Infinity", -HUGE_VAL, true},
-    };
-    for (const auto& c : cases) {
-        double value = -99;
-        EXPECT_EQ(ParseDoublePrefix(c.text, value), c.isNumber) << c.text;
-        EXPECT_EQ(value, c.value) << c.text;
+TEST(TextScan, DoubleParsesLikeStrtod) {
+    for (const char* text : {"1.5",
+                             "-2",
+                             "+3.25",
+                             ".5",
+                             "5.",
+                             "1e3",
+                             "1E-2",
+                             "7abc",
+                             "1e",
+                             "2/3/4",
+                             "abc",
+                             "",
+                             "-",
+                             "+-1",
+                             "1e999",
+                             "-1e999",
+                             "1e-999",
+                             "0.0000e99999",
+                             "123456789012345678901234567890e300",
+                             "0.000000000000000000000000000001e-300",
+                             "inf",
+                             "-Infinity",
+                             "nan",
+                             "4.9e-324"}) {
+        ExpectParsedLikeStrtod(text);
     }
-    double value = 0;
-    EXPECT_TRUE(ParseDoublePrefix("nan", value));
-    EXPECT_TRUE(std::isnan(value));
-}
-
-TEST(TextScan, FloatIsRoundedOnceFromTheText) {
-    float value = 0;
-    ASSERT_TRUE(ParseFloatPrefix("0.1", value));
-    EXPECT_EQ(value, 0.1f);
-    ASSERT_TRUE(ParseFloatPrefix("-1e39", value));
-    EXPECT_EQ(value, -std::numeric_limits<float>::infinity());
-    EXPECT_FALSE(ParseFloatPrefix("endloop", value));
+    // Random values at full and at written precision are rounded exactly once.
+    std::mt19937_64 random(3);
+    std::uniform_int_distribution<std::uint64_t> bits;
+    char text[64];
+    for (int i = 0; i < 2000; ++i) {
+        double raw;
+        const std::uint64_t pattern = bits(random);
+        std::memcpy(&raw, &pattern, sizeof raw);
+        std::snprintf(text, sizeof text, i % 2 ? "%.17g" : "%.6g", raw);
+        ExpectParsedLikeStrtod(text);
+    }
+    float single = 0;
+    ASSERT_TRUE(ParseFloatPrefix("0.1", single));
+    EXPECT_EQ(single, 0.1f);
+    ASSERT_TRUE(ParseFloatPrefix("-1e39", single));
+    EXPECT_EQ(single, -std::numeric_limits<float>::infinity());
+    EXPECT_FALSE(ParseFloatPrefix("endloop", single));
 }
 
 TEST(TextScan, IntegerParsesLikeAtoiButClamps) {
-    EXPECT_EQ(ParseInt("42"), 42);
-    EXPECT_EQ(ParseInt("-7"), -7);
-    EXPECT_EQ(ParseInt("+7"), 7);
-    EXPECT_EQ(ParseInt("3.9"), 3);
-    EXPECT_EQ(ParseInt("12//5"), 12);
-    EXPECT_EQ(ParseInt(""), 0);
-    EXPECT_EQ(ParseInt("x1"), 0);
-    EXPECT_EQ(ParseInt("99999999999"), std::numeric_limits<int>::max());
-    EXPECT_EQ(ParseInt("-99999999999"), std::numeric_limits<int>::min());
-    EXPECT_EQ(ParseInt("-2147483648"), std::numeric_limits<int>::min());
+    const int max = std::numeric_limits<int>::max(), min = std::numeric_limits<int>::min();
+    const struct {
+        const char* text;
+        int value;
+    } cases[] = {{"42", 42},          {"-7", -7},           {"+7", 7},
+                 {"3.9", 3},          {"12//5", 12},        {"", 0},
+                 {"x1", 0},           {"99999999999", max}, {"-99999999999", min},
+                 {"-2147483648", min}};
+    for (const auto& c : cases) EXPECT_EQ(ParseInt(c.text), c.value) << c.text;
     EXPECT_EQ(ParseInt64("99999999999999999999999"), std::numeric_limits<std::int64_t>::max());
-}
-
-TEST(TextScan, LinesDropLineEndsAndAreCutAtTheLimit) {
-    const std::string text = "a b\r\n\nc\n" + std::string(600, 'x') + "\ntail";
-    LineCursor lines(text, 511);
-    std::vector<std::string> got;
-    std::string_view line;
-    while (lines.Next(line)) got.emplace_back(line);
-    EXPECT_EQ(got, (std::vector<std::string>{"a b", "", "c", std::string(511, 'x'), "tail"}));
-    EXPECT_TRUE(lines.AtEnd());
-
-    LineCursor empty("");
-    EXPECT_FALSE(empty.Next(line));
-}
-
-TEST(TextScan, TokensAreSeparatedByBlanksTabsAndLineEnds) {
-    TokenCursor tokens(" v\t1.0  2.0\r\n3 ");
-    std::vector<std::string> got;
-    std::string_view token;
-    while (tokens.Next(token)) got.emplace_back(token);
-    EXPECT_EQ(got, (std::vector<std::string>{"v", "1.0", "2.0", "3"}));
-}
-
-TEST(TextScan, WholeFileIsReadAndMissingFileOrDirectoryIsNot) {
-    FileContent content;
-    ASSERT_TRUE(content.Read(ZOL_TEST_DATA "/formats/off/2triangles.off"));
-    EXPECT_EQ(content.size(), 98u);
-    EXPECT_EQ(content.View().substr(0, 4), "OFF\n");
-    EXPECT_FALSE(content.Read("no_such_dir/no_such_file.obj"));
-    EXPECT_EQ(content.size(), 0u);
-    EXPECT_FALSE(content.Read("."));
 }
 
 TEST(TextScan, StrictNumbersMustFillTheWholeToken) {
@@ -206,11 +164,30 @@ TEST(TextScan, StrictNumbersMustFillTheWholeToken) {
     EXPECT_EQ(ParseNumbers("  ", values, 3), 0);
 }
 
-TEST(TextScan, LinesAreNumberedAsTheyAreHandedOut) {
-    LineCursor lines("a\r\n\nb");
+TEST(TextScan, LinesDropLineEndsAreNumberedAndCutAtTheLimit) {
+    const std::string text = "a b\r\n\nc\n" + std::string(600, 'x') + "\ntail";
+    LineCursor lines(text, 511);
+    std::vector<std::string> got;
     std::string_view line;
     EXPECT_EQ(lines.LineNumber(), 0);
-    while (lines.Next(line)) {
-    }
-    EXPECT_EQ(lines.LineNumber(), 3);
+    while (lines.Next(line)) got.emplace_back(line);
+    EXPECT_EQ(got, (std::vector<std::string>{"a b", "", "c", std::string(511, 'x'), "tail"}));
+    EXPECT_EQ(lines.LineNumber(), 5);
+    EXPECT_TRUE(lines.AtEnd());
+    EXPECT_FALSE(LineCursor("").Next(line));
+
+    TokenCursor tokens(" v\t1.0  2.0\r\n3 ");
+    got.clear();
+    while (tokens.Next(line)) got.emplace_back(line);
+    EXPECT_EQ(got, (std::vector<std::string>{"v", "1.0", "2.0", "3"}));
+}
+
+TEST(TextScan, WholeFileIsReadAndMissingFileOrDirectoryIsNot) {
+    FileContent content;
+    ASSERT_TRUE(content.Read(ZOL_TEST_DATA "/formats/off/2triangles.off"));
+    EXPECT_EQ(content.size(), 98u);
+    EXPECT_EQ(content.View().substr(0, 4), "OFF\n");
+    EXPECT_FALSE(content.Read("no_such_dir/no_such_file.obj"));
+    EXPECT_EQ(content.size(), 0u);
+    EXPECT_FALSE(content.Read("."));
 }
