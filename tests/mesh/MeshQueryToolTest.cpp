@@ -31,68 +31,56 @@ double Outside(const Obb& box, const Vector3& p) {
     return worst;
 }
 
-struct TreeCheck {
-    std::vector<int> leafCount;  // how many leaves hold each triangle
-    int oversizedLeaves = 0;
-    double worstOutside = 0.0;
-    double worstAxis = 0.0;
-    bool depthsOk = true;
-    bool representativesOk = true;
-    std::set<const TreeNode*> reached;
-};
-
-// Walks the tree; returns the triangles of the subtree of node.
-std::vector<uint32_t> Walk(TriMesh& mesh, const TreeNode* node, TreeCheck& check) {
-    check.reached.insert(node);
-    std::vector<uint32_t> subtree;
+// Checks one node and, recursively, its subtree; returns the subtree's triangles.
+// Each leaf holding triangle t adds one to leafCount[t].
+std::vector<uint32_t> Walk(TriMesh& mesh,
+                           const TreeNode* node,
+                           std::vector<int>& leafCount,
+                           std::set<const TreeNode*>& reached) {
+    reached.insert(node);
+    const Obb& box = node->box;
     for (int a = 0; a < 3; ++a) {
-        check.worstAxis = std::max(check.worstAxis, std::abs(node->box.GetAxis(a).Length() - 1));
-        check.worstAxis = std::max(check.worstAxis,
-                                   std::abs(node->box.GetAxis(a) * node->box.GetAxis((a + 1) % 3)));
+        EXPECT_NEAR(box.GetAxis(a).Length(), 1.0, 1e-12);
+        EXPECT_NEAR(box.GetAxis(a) * box.GetAxis((a + 1) % 3), 0.0, 1e-12);
     }
+    std::vector<uint32_t> subtree;
     if (node->isLeaf) {
         subtree = node->triangles;
-        for (uint32_t t : subtree) ++check.leafCount[t];
-        if (subtree.size() > 4) ++check.oversizedLeaves;
+        EXPECT_LE(subtree.size(), 4u);
+        for (uint32_t t : subtree) ++leafCount[t];
     } else {
         for (const TreeNode* child : node->children) {
             if (child == TreeNode::SharedEmptyNode()) continue;
-            if (child->depth != node->depth + 1) check.depthsOk = false;
-            const std::vector<uint32_t> part = Walk(mesh, child, check);
+            EXPECT_EQ(child->depth, node->depth + 1);
+            const std::vector<uint32_t> part = Walk(mesh, child, leafCount, reached);
             subtree.insert(subtree.end(), part.begin(), part.end());
         }
-        if (node->triangles.size() != 1 ||
-            std::find(subtree.begin(), subtree.end(), node->triangles[0]) == subtree.end())
-            check.representativesOk = false;
+        // An inner node keeps one representative triangle of its subtree.
+        EXPECT_TRUE(node->triangles.size() == 1 &&
+                    std::count(subtree.begin(), subtree.end(), node->triangles[0]) == 1);
     }
+    double worstOutside = 0.0;
     for (uint32_t t : subtree) {
         int ids[3];
         mesh.GetTriangleVertexIds(static_cast<int>(t), ids);
         for (int id : ids)
-            check.worstOutside =
-                std::max(check.worstOutside, Outside(node->box, mesh.GetVertexCoord(id)));
+            worstOutside = std::max(worstOutside, Outside(box, mesh.GetVertexCoord(id)));
     }
+    EXPECT_LT(worstOutside, 1e-12);
     return subtree;
 }
 
 }  // namespace
 
-TEST(MeshQueryTool, InitOnACubeBuildsATree) {
+TEST(MeshQueryTool, InitOnACubeBuildsATreeAndQueriesAreNotAvailable) {
     TriMesh cube = zoltest::MakeUnitCube();
-    MeshQueryTool tool;
-    EXPECT_EQ(tool.Init(&cube), 0);
-    EXPECT_EQ(tool._GetInitializedStatus(), 0);
-    EXPECT_EQ(tool._GetReferenceMesh(), &cube);
-}
-
-TEST(MeshQueryTool, FreshToolIsNotInitialisedAndQueriesAreNotAvailable) {
     MeshQueryTool tool;
     EXPECT_EQ(tool._GetInitializedStatus(), -5);
     EXPECT_EQ(tool._GetMaxSearchRadius(), 1.7e308);
-    EXPECT_EQ(tool._GetReferenceMesh(), nullptr);
     EXPECT_EQ(tool._GetTree(), nullptr);
-    TriMesh cube = zoltest::MakeUnitCube();
-    ASSERT_EQ(tool.Init(&cube), 0);
+    EXPECT_EQ(tool.Init(&cube), 0);
+    EXPECT_EQ(tool._GetInitializedStatus(), 0);
+    EXPECT_EQ(tool._GetReferenceMesh(), &cube);
     PointOnFace face;
     double distance = 0;
     std::vector<PointOnFace> faces;
@@ -110,18 +98,15 @@ TEST(MeshQueryTool, FailedInitsLogAndStoreTheirStatus) {
     MeshQueryTool tool;
     ASSERT_EQ(tool.Init(&cube), 0);
     const MeshQueryTree* tree = tool._GetTree();
-    // A null mesh is refused before anything is touched.
     EXPECT_EQ(tool.Init(nullptr), -1);
     EXPECT_EQ(tool._GetInitializedStatus(), -1);
     EXPECT_EQ(tool._GetReferenceMesh(), &cube);
     EXPECT_EQ(tool._GetTree(), tree);
-    // A mesh without triangles has no root box.
-    TriMesh empty;
+    TriMesh empty;  // no triangles: no root box
     empty.InsertVertex(Vector3());
     EXPECT_EQ(tool.Init(&empty), -1);
     EXPECT_EQ(tool._GetInitializedStatus(), -1);
     EXPECT_EQ(tool._GetReferenceMesh(), &empty);
-    // Non-finite coordinates fail the eigen solve of the root box.
     TriMesh broken = zoltest::MakeUnitCube();
     broken.SetVertexCoord(3, Vector3(std::nan(""), 0, 0));
     EXPECT_EQ(tool.Init(&broken), -1);
@@ -129,8 +114,7 @@ TEST(MeshQueryTool, FailedInitsLogAndStoreTheirStatus) {
               (std::vector<std::string>{
                   "MeshQueryTool::Init failed: reference mesh is NULL.", "Empty Node. ",
                   "TreeNode::ComputeBoundingBox: building self-adjoint eigen solver failed. "}));
-    // A later good Init recovers.
-    EXPECT_EQ(tool.Init(&cube), 0);
+    EXPECT_EQ(tool.Init(&cube), 0);  // a later good Init recovers
 }
 
 TEST(MeshQueryTool, SmallOrUnsplittableMeshesGiveASingleLeaf) {
@@ -139,9 +123,8 @@ TEST(MeshQueryTool, SmallOrUnsplittableMeshesGiveASingleLeaf) {
     for (int i = 0; i < 4; ++i) four.InsertTriangle(i, i + 1, i + 2);
     // Ten copies of one triangle share every centroid and every side.
     TriMesh copies;
-    copies.InsertVertex(Vector3(0, 0, 0));
-    copies.InsertVertex(Vector3(1, 0, 0));
-    copies.InsertVertex(Vector3(0, 2, 0));
+    for (const Vector3& p : {Vector3(0, 0, 0), Vector3(1, 0, 0), Vector3(0, 2, 0)})
+        copies.InsertVertex(p);
     for (int i = 0; i < 10; ++i) copies.InsertTriangle(0, 1, 2);
     // Six triangles collapsed onto one point: a zero covariance, no side to split by.
     TriMesh point;
@@ -183,66 +166,37 @@ TEST(MeshQueryTool, RootBoxIsThePrincipalBoxSymmetricAboutTheMeanCentroid) {
     EXPECT_NEAR(box.GetHalfExtent(2), 1.0, 1e-12);
 }
 
-TEST(MeshQueryTool, BunnyTreePartitionsTrianglesIntoBoxedLeaves) {
+TEST(MeshQueryTool, BunnyTreePartitionsTrianglesIntoBoxedLeavesOnEitherMeshPathAndInCopies) {
     std::unique_ptr<TriMesh> mesh(Parser::ImportTriMesh(zoltest::DataPath("meshes/bunny.off")));
     ASSERT_NE(mesh, nullptr);
     TriMesh& bunny = *mesh;
-    MeshQueryTool tool;
+    zoltest::ForwardingMesh host(bunny);
+    MeshQueryTool tool, viaHost;
     ASSERT_EQ(tool.Init(&bunny), 0);
-    const MeshQueryTree* tree = tool._GetTree();
-    ASSERT_NE(tree, nullptr);
-    EXPECT_EQ(tree->mesh, &bunny);
-    EXPECT_EQ(tree->root, tree->nodes[0]);
-    EXPECT_EQ(tree->root->depth, 0);
-    EXPECT_EQ(tree->maxDistance, 1.7e308);
-
-    TreeCheck check;
-    check.leafCount.assign(bunny.GetTriangleCount(), 0);
-    Walk(bunny, tree->root, check);
-    EXPECT_TRUE(
-        std::all_of(check.leafCount.begin(), check.leafCount.end(), [](int c) { return c == 1; }));
-    EXPECT_EQ(check.oversizedLeaves, 0);
-    EXPECT_LT(check.worstOutside, 1e-12);
-    EXPECT_LT(check.worstAxis, 1e-12);
-    EXPECT_TRUE(check.depthsOk);
-    EXPECT_TRUE(check.representativesOk);
-    // The node list holds exactly the reachable allocated nodes, never the shared one.
-    EXPECT_EQ(check.reached.size(), tree->nodes.size());
-    EXPECT_EQ(std::set<const TreeNode*>(tree->nodes.begin(), tree->nodes.end()), check.reached);
-    EXPECT_EQ(std::count(tree->nodes.begin(), tree->nodes.end(), TreeNode::SharedEmptyNode()), 0);
-    EXPECT_TRUE(TreeNode::SharedEmptyNode()->triangles.empty());
-}
-
-TEST(MeshQueryTool, HostMeshBuildsTheSameTreeAndCopiesOwnTheirTree) {
-    TriMesh sphere = zoltest::MakeSphere(24, 12, 1.0);
-    zoltest::ForwardingMesh host(sphere);
-    MeshQueryTool fast, viaInterface;
-    ASSERT_EQ(fast.Init(&sphere), 0);
-    ASSERT_EQ(viaInterface.Init(&host), 0);
-    const MeshQueryTree* a = fast._GetTree();
-    const MeshQueryTree* b = viaInterface._GetTree();
-    ASSERT_EQ(a->nodes.size(), b->nodes.size());
-    for (size_t i = 0; i < a->nodes.size(); ++i) {
-        EXPECT_EQ(a->nodes[i]->triangles, b->nodes[i]->triangles);
-        EXPECT_EQ(a->nodes[i]->depth, b->nodes[i]->depth);
-    }
-
+    ASSERT_EQ(viaHost.Init(&host), 0);
     MeshQueryTool copy;
     {
-        MeshQueryTool original;
-        ASSERT_EQ(original.Init(&sphere), 0);
+        MeshQueryTool original = viaHost;
         copy = original;
         EXPECT_NE(copy._GetTree(), original._GetTree());
     }
-    const MeshQueryTree* tree = copy._GetTree();
-    ASSERT_EQ(tree->nodes.size(), a->nodes.size());
-    EXPECT_EQ(tree->root, tree->nodes[0]);
-    for (size_t i = 0; i < tree->nodes.size(); ++i) {
-        for (int o = 0; o < 8; ++o) {
-            const TreeNode* child = tree->nodes[i]->children[o];
-            EXPECT_TRUE(child == nullptr || child == TreeNode::SharedEmptyNode() ||
-                        std::count(tree->nodes.begin(), tree->nodes.end(), child) == 1);
-        }
+    const MeshQueryTree* reference = tool._GetTree();
+    for (const MeshQueryTree* tree : {reference, viaHost._GetTree(), copy._GetTree()}) {
+        ASSERT_NE(tree, nullptr);
+        EXPECT_EQ(tree->root, tree->nodes[0]);
+        EXPECT_EQ(tree->root->depth, 0);
+        std::vector<int> leafCount(bunny.GetTriangleCount(), 0);
+        std::set<const TreeNode*> reached;
+        Walk(bunny, tree->root, leafCount, reached);
+        EXPECT_EQ(leafCount, std::vector<int>(bunny.GetTriangleCount(), 1));
+        // The node list holds exactly the reachable allocated nodes, never the shared one.
+        EXPECT_EQ(std::set<const TreeNode*>(tree->nodes.begin(), tree->nodes.end()), reached);
+        EXPECT_EQ(reached.size(), tree->nodes.size());
+        EXPECT_EQ(reached.count(TreeNode::SharedEmptyNode()), 0u);
+        ASSERT_EQ(tree->nodes.size(), reference->nodes.size());
+        for (size_t i = 0; i < tree->nodes.size(); ++i)
+            EXPECT_EQ(tree->nodes[i]->triangles, reference->nodes[i]->triangles);
     }
+    EXPECT_TRUE(TreeNode::SharedEmptyNode()->triangles.empty());
     EXPECT_EQ(copy._GetInitializedStatus(), 0);
 }

@@ -25,12 +25,9 @@ int EarlyReturnUnderScope(bool fail) {
 }
 }  // namespace
 
-TEST_F(ProgressTest, SetProgressIsReadBack) {
+TEST_F(ProgressTest, SetProgressIsReadBackAndRangesMapIntoTheInnermostPair) {
     SetProgress(0.25);
     EXPECT_EQ(GetApiProgress(), 0.25);
-}
-
-TEST_F(ProgressTest, RangesMapTheValueIntoTheInnermostPair) {
     PushProgressRange(0.2, 0.6);
     SetProgress(0.5);
     EXPECT_DOUBLE_EQ(GetApiProgress(), 0.4);
@@ -46,7 +43,7 @@ TEST_F(ProgressTest, RangesMapTheValueIntoTheInnermostPair) {
     EXPECT_EQ(GetApiProgress(), 0.7);
 }
 
-TEST_F(ProgressTest, SuspensionCountsDepthAndNeverGoesBelowZero) {
+TEST_F(ProgressTest, SuspensionCountsDepthNeverGoesBelowZeroAndResetClearsIt) {
     SetProgress(0.1);
     SuspendProgress();
     SuspendProgress();
@@ -60,33 +57,24 @@ TEST_F(ProgressTest, SuspensionCountsDepthAndNeverGoesBelowZero) {
     SuspendProgress();  // ... so one suspension is enough to block again
     SetProgress(0.8);
     EXPECT_EQ(GetApiProgress(), 0.5);
-}
-
-TEST_F(ProgressTest, ResetClearsValueRangesAndSuspension) {
     PushProgressRange(0.2, 0.6);
-    SetProgress(1.0);
-    SuspendProgress();
     SuspendProgress();
     ResetApiProgress();
     EXPECT_EQ(GetApiProgress(), 0.0);
     SetProgress(0.3);
     EXPECT_EQ(GetApiProgress(), 0.3);
-}
-
-TEST_F(ProgressTest, ScopeResumesOnEveryPathOut) {
-    SetProgress(0.2);
+    // The scope guard resumes on every path out.
     EXPECT_EQ(EarlyReturnUnderScope(true), -1);
-    SetProgress(0.3);
-    EXPECT_EQ(GetApiProgress(), 0.3);
+    SetProgress(0.35);
+    EXPECT_EQ(GetApiProgress(), 0.35);
     EXPECT_EQ(EarlyReturnUnderScope(false), 0);
-    EXPECT_EQ(GetApiProgress(), 0.3);  // the nested write was suppressed
+    EXPECT_EQ(GetApiProgress(), 0.35);  // the nested write was suppressed
     SetProgress(0.4);
     EXPECT_EQ(GetApiProgress(), 0.4);
 }
 
 TEST_F(ProgressTest, PollingFromAnotherThreadSeesOnlyWrittenValues) {
-    // Values whose bit patterns differ in both halves, so a torn read would show up as
-    // a value that was never written.
+    // Bit patterns differ in both halves, so a torn read shows as a value never written.
     std::vector<double> written;
     for (int i = 0; i < 64; ++i) written.push_back(i % 2 ? 1.0 / (3 + i) : 0.999999 - i * 1e-9);
     const std::set<double> allowed(written.begin(), written.end());
@@ -98,9 +86,8 @@ TEST_F(ProgressTest, PollingFromAnotherThreadSeesOnlyWrittenValues) {
             if (v != 0.0 && allowed.count(v) == 0) bad.fetch_add(1);
         }
     });
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < 2000; ++round)
         for (double v : written) SetProgress(v);
-    }
     done = true;
     poller.join();
     EXPECT_EQ(bad.load(), 0);

@@ -3,13 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <thread>
 #include <vector>
 
 #include <zol/core/PointCloud.h>
 #include <zol/runtime/Ann.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/PointCloudInfo.h>
-#include <zol/runtime/ThreadPool.h>
 
 #include "tests/common/PointData.h"
 #include "tests/common/TestData.h"
@@ -110,8 +111,8 @@ TEST(PointCloudInfo, SelectionFillsOnlySelectedPointsAndOthersAreAnsweredFromThe
         EXPECT_EQ(info.GetCachedNeighborCount(i), selected ? 5 : 0) << i;
     }
     PointCloudInfo full;
-    full.InitAnn(&cloud, 5);
-    full.FindNearestNeighbors(5, &cloud, nullptr);
+    ASSERT_EQ(full.InitAnn(&cloud, 5), RESULT_OK);
+    ASSERT_EQ(full.FindNearestNeighbors(5, &cloud, nullptr), RESULT_OK);
     for (int i : {0, 3, 100, 399}) {
         std::vector<int> ids, fullIds;
         std::vector<double> dists, fullDists;
@@ -150,76 +151,54 @@ TEST(PointCloudInfo, LargerRequestRelaysTheCacheAndSmallerKeepsIt) {
 
 TEST(PointCloudInfo, EveryFailureLogsItsLineAndReturnsItsStatus) {
     PointCloud cloud = zoltest::MakeCloud(zoltest::RandomPoints(10, 12));
-    PointCloud empty;
     std::vector<int> ids;
-    {
-        zoltest::LogCapture log;
+    struct Case {
+        bool ready;  // InitAnn(&cloud, 4) done first
+        int status;
+        const char* line;
+        std::function<int(PointCloudInfo&)> call;
+    };
+    const Case cases[] = {
+        {false, RESULT_INVALID_INPUT, "PointCloudInfo::InitAnn pointCloud is NULL",
+         [&](PointCloudInfo& i) { return i.InitAnn(nullptr, 4); }},
+        {false, RESULT_NOT_READY, "PointCloudInfo::GetNeighbor: InitAnn first",
+         [&](PointCloudInfo& i) { return i.GetNeighbor(0, 4, &ids); }},
+        {false, RESULT_NOT_READY, "PointCloudInfo::FindNearestNeighbors: InitAnn first",
+         [&](PointCloudInfo& i) { return i.FindNearestNeighbors(4, &cloud, nullptr); }},
+        {false, RESULT_INVALID_INPUT, "PointCloudInfo::FindNearestNeighbors pointCloud is NULL",
+         [&](PointCloudInfo& i) { return i.FindNearestNeighbors(4, nullptr, nullptr); }},
+        {false, RESULT_INVALID_INPUT, "PointCloudInfo::FindNearestNeighbors: neighborCount < 1",
+         [&](PointCloudInfo& i) { return i.FindNearestNeighbors(0, &cloud, nullptr); }},
+        {true, RESULT_INVALID_INPUT, "PointCloudInfo::GetNeighbor: neighborCount < 1",
+         [&](PointCloudInfo& i) { return i.GetNeighbor(0, 0, &ids); }},
+        {true, RESULT_INVALID_INPUT,
+         "PointCloudInfo::GetNeighbor: neighborIds == NULL && squaredDistances == NULL",
+         [&](PointCloudInfo& i) { return i.GetNeighbor(0, 4, nullptr, nullptr); }},
+        {true, RESULT_INVALID_INPUT, "PointCloudInfo::GetNeighbor: invalid pointId = 10",
+         [&](PointCloudInfo& i) { return i.GetNeighbor(10, 4, &ids); }},
+        {true, RESULT_INVALID_INPUT, "PointCloudInfo::GetNeighbor: invalid pointId = -1",
+         [&](PointCloudInfo& i) { return i.GetNeighbor(-1, 4, &ids); }},
+    };
+    for (const Case& c : cases) {
         PointCloudInfo info;
-        EXPECT_EQ(info.InitAnn(nullptr, 4), RESULT_INVALID_INPUT);
-        EXPECT_EQ(info.GetNeighbor(0, 4, &ids), RESULT_NOT_READY);
-        EXPECT_EQ(info.FindNearestNeighbors(4, &cloud, nullptr), RESULT_NOT_READY);
-        EXPECT_EQ(info.FindNearestNeighbors(4, nullptr, nullptr), RESULT_INVALID_INPUT);
-        EXPECT_EQ(info.FindNearestNeighbors(0, &cloud, nullptr), RESULT_INVALID_INPUT);
-        EXPECT_EQ(log.Lines(), (std::vector<std::string>{
-                                   "PointCloudInfo::InitAnn pointCloud is NULL",
-                                   "PointCloudInfo::GetNeighbor: InitAnn first",
-                                   "PointCloudInfo::FindNearestNeighbors: InitAnn first",
-                                   "PointCloudInfo::FindNearestNeighbors pointCloud is NULL",
-                                   "PointCloudInfo::FindNearestNeighbors: neighborCount < 1"}));
-    }
-    {
-        zoltest::LogCapture log;
-        PointCloudInfo info;
-        ASSERT_EQ(info.InitAnn(&cloud, 4), RESULT_OK);
-        EXPECT_EQ(info.GetNeighbor(0, 0, &ids), RESULT_INVALID_INPUT);
-        EXPECT_EQ(info.GetNeighbor(0, 4, nullptr, nullptr), RESULT_INVALID_INPUT);
-        EXPECT_EQ(info.GetNeighbor(10, 4, &ids), RESULT_INVALID_INPUT);
-        EXPECT_EQ(info.GetNeighbor(-1, 4, &ids), RESULT_INVALID_INPUT);
-        EXPECT_EQ(
-            log.Lines(),
-            (std::vector<std::string>{
-                "PointCloudInfo::GetNeighbor: neighborCount < 1",
-                "PointCloudInfo::GetNeighbor: neighborIds == NULL && squaredDistances == NULL",
-                "PointCloudInfo::GetNeighbor: invalid pointId = 10",
-                "PointCloudInfo::GetNeighbor: invalid pointId = -1"}));
-    }
-    {
-        // An index that cannot be built stays attached and is not retried.
-        zoltest::LogCapture log;
-        PointCloudInfo info;
-        EXPECT_EQ(info.InitAnn(&empty, 4), RESULT_STEP_FAIL);
-        EXPECT_NE(info.GetAnn(), nullptr);
-        EXPECT_EQ(log.Lines(),
-                  std::vector<std::string>{
-                      "Ann Init: pointList == NULL || pointList->GetPointCount() < 1"});
-        EXPECT_EQ(info.InitAnn(&cloud, 4), RESULT_OK);
-        EXPECT_EQ(info.GetAnn()->GetPointCount(), 0);
-    }
-}
-
-namespace {
-
-/// Reads the neighbour lists of points t, t + n, ... into their own output rows, the
-/// way the smoothing workers read a shared PointCloudInfo.
-class ReadNeighborsMT : public TaskBase {
-public:
-    ReadNeighborsMT(const PointCloudInfo* info, int t, int n, int count, std::vector<int>* out)
-        : mpInfo(info), mT(t), mN(n), mCount(count), mpOut(out) {}
-    void Run() override {
-        std::vector<int> ids;
-        for (int i = mT; i < mCount; i += mN) {
-            if (mpInfo->GetNeighbor(i, 4, &ids) != RESULT_OK) return;
-            std::copy(ids.begin(), ids.end(), mpOut->begin() + 4 * i);
+        if (c.ready) {
+            ASSERT_EQ(info.InitAnn(&cloud, 4), RESULT_OK);
         }
+        zoltest::LogCapture log;
+        EXPECT_EQ(c.call(info), c.status) << c.line;
+        EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
     }
-
-private:
-    const PointCloudInfo* mpInfo;
-    int mT, mN, mCount;
-    std::vector<int>* mpOut;
-};
-
-}  // namespace
+    // An index that cannot be built stays attached and is not retried.
+    zoltest::LogCapture log;
+    PointCloud empty;
+    PointCloudInfo info;
+    EXPECT_EQ(info.InitAnn(&empty, 4), RESULT_STEP_FAIL);
+    EXPECT_NE(info.GetAnn(), nullptr);
+    EXPECT_EQ(log.Lines(), std::vector<std::string>{
+                               "Ann Init: pointList == NULL || pointList->GetPointCount() < 1"});
+    EXPECT_EQ(info.InitAnn(&cloud, 4), RESULT_OK);
+    EXPECT_EQ(info.GetAnn()->GetPointCount(), 0);
+}
 
 TEST(PointCloudInfo, ManyWorkersMayReadCachedAndUncachedListsAtOnce) {
     PointCloud cloud = zoltest::MakeCloud(zoltest::RandomPoints(2000, 13));
@@ -229,13 +208,18 @@ TEST(PointCloudInfo, ManyWorkersMayReadCachedAndUncachedListsAtOnce) {
     PointCloudInfo info;
     ASSERT_EQ(info.InitAnn(&cloud, 4), RESULT_OK);
     ASSERT_EQ(info.FindNearestNeighbors(4, &cloud, &half), RESULT_OK);  // odd ones uncached
+    // Worker t reads points t, t + step, ... into their own rows, as smoothing workers do.
+    auto read = [&](int t, int step, std::vector<int>* out) {
+        std::vector<int> ids;
+        for (int i = t; i < n; i += step) {
+            if (info.GetNeighbor(i, 4, &ids) != RESULT_OK) return;
+            std::copy(ids.begin(), ids.end(), out->begin() + 4 * i);
+        }
+    };
     std::vector<int> sequential(4 * n), parallel(4 * n, -1);
-    ReadNeighborsMT(&info, 0, 1, n, &sequential).Run();
-    {
-        ThreadPool pool;
-        ASSERT_EQ(pool.InitThreads(4), 4);
-        for (int t = 0; t < 4; ++t) pool.InsertTask(new ReadNeighborsMT(&info, t, 4, n, &parallel));
-        pool.WaitAll();
-    }
+    read(0, 1, &sequential);
+    std::vector<std::thread> workers;
+    for (int t = 0; t < 4; ++t) workers.emplace_back(read, t, 4, &parallel);
+    for (std::thread& w : workers) w.join();
     EXPECT_EQ(parallel, sequential);
 }

@@ -42,14 +42,11 @@ TEST(DetectShapeFit, FitPlaneOnThreePointsFollowsTheFirstNormal) {
                                       center, normal));
     EXPECT_EQ(center, Vector3(1.0 / 3, 1.0 / 3, 0));
     EXPECT_NEAR((normal - Vector3(0, 0, -1)).Length(), 0.0, 1e-14);
-}
-
-TEST(DetectShapeFit, FitPlaneWithOneOrTwoPointsUsesTheNormalSum) {
-    Vector3 center, normal;
+    // One or two points take the normalised normal sum; opposite normals cancel and the
+    // tiny sum is kept as it is.
     ASSERT_TRUE(DetectShape::FitPlane({Vector3(1, 2, 3)}, {Vector3(0, 3, 4)}, center, normal));
     EXPECT_EQ(center, Vector3(1, 2, 3));
     EXPECT_NEAR((normal - Vector3(0, 0.6, 0.8)).Length(), 0.0, 1e-15);
-    // Opposite normals cancel: the tiny sum is kept as it is.
     ASSERT_TRUE(DetectShape::FitPlane({Vector3(0, 0, 0), Vector3(2, 0, 0)},
                                       {Vector3(0, 0, 1), Vector3(0, 0, -1)}, center, normal));
     EXPECT_EQ(center, Vector3(1, 0, 0));
@@ -77,32 +74,25 @@ TEST(DetectShapeFit, FitPlaneOnANoisyTiltedPlane) {
     EXPECT_NEAR((center - origin) * axisN, 0.0, 1e-3);
 }
 
-TEST(DetectShapeFit, FitSphereRecoversExactSpheresWhicheverWayNormalsPoint) {
+TEST(DetectShapeFit, FitSphereRecoversExactAndNoisySpheresWhicheverWayNormalsPoint) {
     const Vector3 centre(1.5, -2.0, 0.25);
-    std::vector<Vector3> points, normals;
-    for (int count : {4, 5, 200}) {
-        SampleSphere(centre, 3.0, count, 0.0, points, normals);
-        Vector3 c;
-        double r = 0.0;
-        ASSERT_TRUE(DetectShape::FitSphere(points, normals, c, r));
-        EXPECT_NEAR((c - centre).Length(), 0.0, 1e-10);
-        EXPECT_NEAR(r, 3.0, 1e-10);
-        for (Vector3& n : normals) n = -n;
-        ASSERT_TRUE(DetectShape::FitSphere(points, normals, c, r));
-        EXPECT_NEAR((c - centre).Length(), 0.0, 1e-10);
-        EXPECT_NEAR(r, 3.0, 1e-10);
+    const struct {
+        int count;
+        double radius, noise, tolerance;
+    } cases[] = {
+        {4, 3.0, 0, 1e-10}, {5, 3.0, 0, 1e-10}, {200, 3.0, 0, 1e-10}, {2000, 0.5, 0.002, 5e-4}};
+    for (const auto& c : cases) {
+        std::vector<Vector3> points, normals;
+        SampleSphere(centre, c.radius, c.count, c.noise, points, normals);
+        for (int flip = 0; flip < 2; ++flip) {
+            Vector3 fitted;
+            double r = 0.0;
+            ASSERT_TRUE(DetectShape::FitSphere(points, normals, fitted, r)) << c.count;
+            EXPECT_NEAR((fitted - centre).Length(), 0.0, c.tolerance) << c.count;
+            EXPECT_NEAR(r, c.radius, c.tolerance) << c.count;
+            for (Vector3& n : normals) n = -n;
+        }
     }
-}
-
-TEST(DetectShapeFit, FitSphereOnNoisySamples) {
-    const Vector3 centre(-4, 0, 2);
-    std::vector<Vector3> points, normals;
-    SampleSphere(centre, 0.5, 2000, 0.002, points, normals);
-    Vector3 c;
-    double r = 0.0;
-    ASSERT_TRUE(DetectShape::FitSphere(points, normals, c, r));
-    EXPECT_NEAR((c - centre).Length(), 0.0, 5e-4);
-    EXPECT_NEAR(r, 0.5, 5e-4);
 }
 
 TEST(DetectShapeFit, FitSphereFromTwoPointsIntersectsTheirNormalLines) {
