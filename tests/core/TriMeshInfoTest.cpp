@@ -15,35 +15,23 @@
 
 using namespace ZOL;
 
-TEST(TriMeshInfo, CountsEdgesByTheTrianglesOnThem) {
+TEST(TriMeshInfo, ClosedCubeHasEighteenEdgesOfTwoTriangles) {
     TriMesh cube = zoltest::MakeUnitCube();
     TriMeshInfo info;
     ASSERT_EQ(info.CacheDataForEdgeInfos(&cube), 0);
     EXPECT_TRUE(info.HasEdgeInfos());
     EXPECT_EQ(info.GetCachedVertexCount(), 8);
     EXPECT_EQ(info.GetCachedTriangleCount(), 12);
-    // A disc has E = V + F - 1; the grid's boundary is the perimeter of 2 (3 + 2) edges.
-    const struct {
-        TriMesh mesh;
-        std::map<int, int> edgesByValence;
-    } cases[] = {{zoltest::MakeUnitCube(), {{2, 18}}},
-                 {zoltest::MakeGrid(3, 2), {{1, 10}, {2, 13}}},
-                 {zoltest::MakeCylinder(7, 3, 1, 2), {{1, 14}, {2, 56}}}};
-    for (const auto& c : cases) {
-        ASSERT_EQ(info.CacheDataForEdgeInfos(&c.mesh), 0);
-        std::map<int, int> histogram;
-        for (int e = 0; e < info.GetEdgeCount(); ++e) ++histogram[info.GetEdgeTriangleCount(e)];
-        EXPECT_EQ(histogram, c.edgesByValence);
-    }
+    ASSERT_EQ(info.GetEdgeCount(), 18);
+    for (int e = 0; e < 18; ++e) EXPECT_EQ(info.GetEdgeTriangleCount(e), 2);
 }
 
 TEST(TriMeshInfo, NonManifoldEdgeListsAllThreeTriangles) {
     TriMesh mesh;
-    mesh.InsertVertex(Vector3(0, 0, 0));
-    mesh.InsertVertex(Vector3(1, 0, 0));
-    mesh.InsertVertex(Vector3(0, 1, 0));
-    mesh.InsertVertex(Vector3(0, -1, 0));
-    mesh.InsertVertex(Vector3(0, 0, 1));
+    for (const Vector3& p : {Vector3(0, 0, 0), Vector3(1, 0, 0), Vector3(0, 1, 0),
+                             Vector3(0, -1, 0), Vector3(0, 0, 1)}) {
+        mesh.InsertVertex(p);
+    }
     mesh.InsertTriangle(0, 1, 2);
     mesh.InsertTriangle(1, 0, 3);
     mesh.InsertTriangle(4, 1, 0);
