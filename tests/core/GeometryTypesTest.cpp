@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <vector>
 
 #include <zol/core/ImageColorId.h>
@@ -28,10 +27,6 @@ TEST(Plane3, PointNormalConstructorKeepsTheNormalLength) {
     const Plane3 plane(Vector3(1, 1, 1), Vector3(0, 2, 0));
     EXPECT_EQ(plane.GetDistance(), -2.0);
     EXPECT_EQ(plane.SignedDistance(Vector3(0, 3, 0)), 4.0);  // not divided by |n|
-    const double params[4] = {1, 2, 3, 4};
-    double out[4];
-    Plane3(params).GetParameters(out);
-    EXPECT_EQ(std::memcmp(params, out, sizeof(out)), 0);
 }
 
 TEST(Plane3, ProjectionsLandInThePlaneAndTheNormalItselfWarns) {

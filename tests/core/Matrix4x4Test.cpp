@@ -125,13 +125,11 @@ TEST(Matrix4x4, ArithmeticMatchesHandComputedValues) {
     EXPECT_EQ((a - b).GetValue(0, 1), 2.0);
     EXPECT_EQ((a * 3.0).GetValue(0, 1), 6.0);
     Matrix4x4 c(a);
-    c *= b;
-    EXPECT_EQ(c.GetValue(0, 0), 7.0);
+    c *= b;  // also this on the left
     c += a;
-    EXPECT_EQ(c.GetValue(0, 0), 8.0);
-    c -= a;
     c *= 0.5;
-    EXPECT_EQ(c.GetValue(0, 0), 3.5);
+    EXPECT_EQ(c.GetValue(0, 0), 4.0);
+    EXPECT_EQ(c.GetValue(1, 0), 1.5);
     // n n^T for the plane z = 2 gives the squared distance.
     const Matrix4x4 q = FromRows({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, -2, 0, 0, -2, 4});
     EXPECT_EQ(q.QuadricValue(Vector3(7, -3, 5)), 9.0);
