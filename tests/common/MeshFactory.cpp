@@ -18,6 +18,20 @@ const int kCubeTriangles[12][3] = {{0, 2, 1}, {1, 2, 3}, {4, 5, 6}, {5, 7, 6},
 
 Vector3 CubeCorner(int index) { return Vector3(index & 1, (index >> 1) & 1, (index >> 2) & 1); }
 
+// Two triangles per cell between consecutive rows of \p rowLength vertices; the cell
+// after the last column wraps to column 0 when \p cells equals \p rowLength.
+void StitchRows(TriMesh& mesh, int rowLength, int cells, int rows) {
+    for (int r = 0; r < rows; ++r) {
+        for (int s = 0; s < cells; ++s) {
+            const int a = r * rowLength + s;
+            const int b = r * rowLength + (s + 1) % rowLength;
+            mesh.InsertTriangle(a, b, b + rowLength);
+            mesh.InsertTriangle(a, b + rowLength, a + rowLength);
+        }
+    }
+    mesh.UpdateNormal();
+}
+
 }  // namespace
 
 TriMesh MakeUnitCube() {
@@ -42,21 +56,10 @@ TriMesh MakeUnitCubeSoup() {
 
 TriMesh MakeGrid(int nx, int ny, double spacing) {
     TriMesh mesh;
-    mesh.Reserve((nx + 1) * (ny + 1), 2 * nx * ny);
     for (int j = 0; j <= ny; ++j) {
         for (int i = 0; i <= nx; ++i) mesh.InsertVertex(Vector3(i * spacing, j * spacing, 0));
     }
-    for (int j = 0; j < ny; ++j) {
-        for (int i = 0; i < nx; ++i) {
-            const int a = j * (nx + 1) + i;
-            const int b = a + 1;
-            const int c = a + nx + 1;
-            const int d = c + 1;
-            mesh.InsertTriangle(a, b, d);
-            mesh.InsertTriangle(a, d, c);
-        }
-    }
-    mesh.UpdateNormal();
+    StitchRows(mesh, nx + 1, nx, ny);
     return mesh;
 }
 
@@ -69,17 +72,7 @@ TriMesh MakeCylinder(int segments, int rings, double radius, double height) {
                 Vector3(radius * std::cos(angle), radius * std::sin(angle), height * r / rings));
         }
     }
-    for (int r = 0; r < rings; ++r) {
-        for (int s = 0; s < segments; ++s) {
-            const int a = r * segments + s;
-            const int b = r * segments + (s + 1) % segments;
-            const int c = a + segments;
-            const int d = b + segments;
-            mesh.InsertTriangle(a, b, d);
-            mesh.InsertTriangle(a, d, c);
-        }
-    }
-    mesh.UpdateNormal();
+    StitchRows(mesh, segments, segments, rings);
     return mesh;
 }
 

@@ -1,6 +1,4 @@
-// Small meshes with known geometry shared by the tests: a unit cube (welded and as a
-// triangle soup), a flat grid, an open cylinder and a UV sphere. All triangles are
-// counter-clockwise seen from outside and every mesh comes with updated normals.
+// Small meshes of known geometry, counter-clockwise seen from outside, normals updated.
 #pragma once
 
 #include <zol/core/TriMesh.h>
@@ -10,8 +8,7 @@ namespace zoltest {
 /// The cube [0, 1]^3: 8 vertices (index x + 2y + 4z for corner (x, y, z)) and 12
 /// outward triangles, two per face in the order -z, +z, -y, +y, -x, +x.
 ZOL::TriMesh MakeUnitCube();
-/// The same 12 triangles with three vertices of their own each (36 vertices), as a
-/// binary STL reader delivers them.
+/// The same 12 triangles with three vertices of their own each (36 vertices).
 ZOL::TriMesh MakeUnitCubeSoup();
 /// A flat grid of (nx + 1) x (ny + 1) vertices in z = 0 with spacing \p spacing, two
 /// triangles per cell (2 nx ny), normals +z. Vertex (i, j) has index j (nx + 1) + i.

@@ -1,5 +1,4 @@
-// A host-style ITriMesh that forwards to a TriMesh, so that tests can compare the
-// library's interface path with its TriMesh fast path.
+// A host-style ITriMesh, to compare the library's interface path with its TriMesh path.
 #pragma once
 
 #include <zol/core/TriMesh.h>

@@ -34,7 +34,6 @@ std::vector<ZOL::Vector3> LoadPlyVertices(const std::string& path) {
     std::ifstream in(path);
     std::string line;
     if (!std::getline(in, line) || line.rfind("ply", 0) != 0) return {};
-    // Elements in header order with their line counts; only "vertex" is read.
     std::vector<std::pair<std::string, long>> elements;
     while (std::getline(in, line) && line.rfind("end_header", 0) != 0) {
         std::istringstream words(line);

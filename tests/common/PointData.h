@@ -1,5 +1,4 @@
-// Point sets for the neighbour-search tests: seeded random clouds, the vertex block of
-// an ASCII PLY scan, and a brute-force k-nearest oracle.
+// Point sets for the neighbour-search tests and a brute-force k-nearest oracle.
 #pragma once
 
 #include <string>
@@ -14,8 +13,7 @@ namespace zoltest {
 std::vector<ZOL::Vector3> RandomPoints(int count, unsigned seed, double extent = 1.0);
 /// Unit vectors in random directions from a fixed seed.
 std::vector<ZOL::Vector3> RandomNormals(int count, unsigned seed);
-/// The x, y, z of every vertex of an ASCII PLY file (other elements are skipped); empty
-/// when the file cannot be read.
+/// The x, y, z of every vertex of an ASCII PLY file; empty when it cannot be read.
 std::vector<ZOL::Vector3> LoadPlyVertices(const std::string& path);
 /// A cloud holding \p points (and \p normals when given).
 ZOL::PointCloud MakeCloud(const std::vector<ZOL::Vector3>& points,
@@ -27,7 +25,7 @@ struct Neighbor {
     double squaredDistance;
 };
 /// The \p k nearest of \p points to \p query by exhaustive search, nearest first (ties
-/// by index), with squared distances summed over x, y, z in that order.
+/// by index), squared distances summed over x, y, z in that order.
 std::vector<Neighbor> BruteForceNearest(const std::vector<ZOL::Vector3>& points,
                                         const ZOL::Vector3& query,
                                         int k);

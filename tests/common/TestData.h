@@ -1,5 +1,4 @@
-// Shared helpers of the test suite: paths of the real data, scratch files and
-// reading back the log.
+// Paths of the real data, scratch files and reading back the log.
 #pragma once
 
 #include <string>
@@ -18,8 +17,7 @@ std::string ReadFile(const std::string& path);
 /// Lines of a text file without their line ends.
 std::vector<std::string> ReadLines(const std::string& path);
 
-/// Points the library log at a file of its own for the life of this object, and
-/// reads its lines back.
+/// Points the library log at a file of its own for its lifetime and reads it back.
 class LogCapture {
 public:
     LogCapture();

@@ -32,48 +32,38 @@ void ExpectMapsConsistent(const PointCloud& cloud) {
 
 }  // namespace
 
-TEST(PointCloud, InsertPointReturnsItsIndexAndKeepsNormals) {
+TEST(PointCloud, InsertPointReturnsItsIndexAndFlagsGrowTheirArrays) {
     PointCloud cloud(true, false, false);
     EXPECT_EQ(cloud.InsertPoint(Vector3(1, 2, 3), Vector3(0, 0, 1)), 0);
     EXPECT_EQ(cloud.InsertPoint(Vector3(4, 5, 6)), 1);
-    EXPECT_EQ(cloud.GetPointCount(), 2);
     EXPECT_EQ(cloud.GetPointCoord(1), Vector3(4, 5, 6));
     EXPECT_EQ(cloud.GetPointNormal(0), Vector3(0, 0, 1));
     EXPECT_EQ(cloud.GetPointNormal(1), Vector3(0, 0, 0));
+
+    PointCloud plain;
+    plain.InsertPoint(Vector3(1, 0, 0));
+    plain.InsertPoint(Vector3(2, 0, 0));
+    EXPECT_EQ(plain.GetPointNormalData(), nullptr);
+    plain.SetPointNormal(0, Vector3(1, 0, 0));  // normals off: ignored
+    plain.SetHasNormal(true);
+    plain.SetHasColor(true);
+    EXPECT_EQ(plain.GetPointNormal(0), Vector3(0, 0, 0));
+    EXPECT_EQ(plain.GetPointColor(1), Vector3(0, 0, 0));
+    plain.SetDefaultColor(Vector3(0.25, 0.5, 0.75));
+    EXPECT_EQ(plain.GetPointColor(1), Vector3(0.25, 0.5, 0.75));
+    plain.InsertPoint(Vector3(3, 0, 0));
+    EXPECT_EQ(plain.GetPointColor(2), Vector3(0, 0, 0));
 }
 
-TEST(PointCloud, FreshGridHasOnlyInvalidCells) {
-    PointCloud cloud;
+TEST(PointCloud, GridCellsFillOnceThenOverwriteAndIndicesOutsideAreIgnored) {
+    PointCloud cloud(true, true, false);
     cloud.InsertPoint(Vector3(1, 1, 1));
     cloud.InitGrid(4, 3);
     EXPECT_TRUE(cloud.HasGridTopology());
-    EXPECT_EQ(cloud.GetWidth(), 4);
-    EXPECT_EQ(cloud.GetHeight(), 3);
     EXPECT_EQ(cloud.GetPointCount(), 0);
     EXPECT_EQ(cloud.GetValidGridCount(), 0);
-    for (int y = 0; y < 3; ++y)
-        for (int x = 0; x < 4; ++x) EXPECT_FALSE(cloud.IsGridValid(x, y));
-}
+    for (int c = 0; c < 12; ++c) EXPECT_FALSE(cloud.IsGridValid(c % 4, c / 4));
 
-TEST(PointCloud, CellIndexOutsideTheMapIsInvalid) {
-    PointCloud cloud;
-    cloud.InitGrid(4, 3);
-    cloud.SetGridCoord(0, 0, Vector3(1, 0, 0));
-    // The cell index is y * width + x: (-1, 0) is negative, (0, 3) is past the end, while
-    // (4, 0) wraps to cell 4, which exists and is empty.
-    const std::vector<std::pair<int, int>> outside = {{-1, 0}, {0, -1}, {0, 3}, {12, 0}, {4, 2}};
-    for (const auto& [x, y] : outside) {
-        EXPECT_FALSE(cloud.IsGridValid(x, y)) << x << "," << y;
-        EXPECT_EQ(cloud.GetGridPointId(x, y), -1) << x << "," << y;
-        cloud.SetGridCoord(x, y, Vector3(9, 9, 9));  // ignored
-    }
-    EXPECT_EQ(cloud.GetPointCount(), 1);
-    EXPECT_TRUE(cloud.IsGridValid(0, 0));
-}
-
-TEST(PointCloud, SetGridCoordTwiceAddsOnePointThenOverwritesIt) {
-    PointCloud cloud(true, true, false);
-    cloud.InitGrid(4, 3);
     cloud.SetGridCoord(2, 1, Vector3(1, 2, 3));
     ASSERT_EQ(cloud.GetPointCount(), 1);
     EXPECT_EQ(cloud.GetGridPointId(2, 1), 0);
@@ -81,23 +71,21 @@ TEST(PointCloud, SetGridCoordTwiceAddsOnePointThenOverwritesIt) {
     EXPECT_EQ(cloud.GetPointNormal(0), Vector3(0, 0, 0));
     EXPECT_EQ(cloud.GetPointColor(0), Vector3(0, 0, 0));
     cloud.SetGridCoord(2, 1, Vector3(4, 5, 6));
-    EXPECT_EQ(cloud.GetPointCount(), 1);
-    EXPECT_EQ(cloud.GetGridCoord(2, 1), Vector3(4, 5, 6));
     cloud.SetGridNormal(2, 1, Vector3(0, 1, 0));
     cloud.SetGridNormal(0, 0, Vector3(1, 0, 0));  // empty cell: ignored
+    EXPECT_EQ(cloud.GetGridCoord(2, 1), Vector3(4, 5, 6));
     EXPECT_EQ(cloud.GetGridNormal(2, 1), Vector3(0, 1, 0));
     EXPECT_EQ(cloud.GetPointCount(), 1);
-}
 
-TEST(PointCloud, InvalidatingTheOnlyPointEmptiesTheCloud) {
-    PointCloud cloud;
-    cloud.InitGrid(4, 3);
-    cloud.SetGridCoord(3, 2, Vector3(1, 1, 1));
-    cloud.InvalidateGrid(3, 2);
-    EXPECT_EQ(cloud.GetPointCount(), 0);
-    EXPECT_FALSE(cloud.IsGridValid(3, 2));
-    cloud.InvalidateGrid(3, 2);  // already empty: nothing happens
-    EXPECT_EQ(cloud.GetPointCount(), 0);
+    // The cell index is y * width + x: (-1, 0) is negative, (0, 3) is past the end, while
+    // (4, 2) wraps to cell 12, past the end too.
+    const std::vector<std::pair<int, int>> outside = {{-1, 0}, {0, -1}, {0, 3}, {12, 0}, {4, 2}};
+    for (const auto& [x, y] : outside) {
+        EXPECT_FALSE(cloud.IsGridValid(x, y)) << x << "," << y;
+        EXPECT_EQ(cloud.GetGridPointId(x, y), -1) << x << "," << y;
+        cloud.SetGridCoord(x, y, Vector3(9, 9, 9));
+    }
+    EXPECT_EQ(cloud.GetPointCount(), 1);
     ExpectMapsConsistent(cloud);
 }
 
@@ -110,13 +98,17 @@ TEST(PointCloud, InvalidateMovesTheLastPointIntoTheHole) {
         cloud.SetPointColor(i, Vector3(i / 10.0, 0, 0));
     }
     cloud.InvalidateGrid(1, 0);  // point 1
+    cloud.InvalidateGrid(1, 0);  // already empty: nothing happens
     ASSERT_EQ(cloud.GetPointCount(), 5);
     // Point 5 (cell (2, 1)) now sits at index 1 with all its attributes.
     EXPECT_EQ(cloud.GetGridPointId(2, 1), 1);
     EXPECT_EQ(cloud.GetPointCoord(1), Vector3(5, 0, 0));
     EXPECT_EQ(cloud.GetPointNormal(1), Vector3(0, 0, 5));
     EXPECT_EQ(cloud.GetPointColor(1), Vector3(0.5, 0, 0));
-    EXPECT_FALSE(cloud.IsGridValid(1, 0));
+    ExpectMapsConsistent(cloud);
+    // Invalidating the last point itself empties the cloud.
+    for (int c = 0; c < 6; ++c) cloud.InvalidateGrid(c % 3, c / 3);
+    EXPECT_EQ(cloud.GetPointCount(), 0);
     ExpectMapsConsistent(cloud);
 }
 
@@ -131,13 +123,7 @@ TEST(PointCloud, SwapAndPopbackKeepTheMapsConsistent) {
         ExpectMapsConsistent(cloud);
     }
     // Each coordinate still sits in the cell it was written to.
-    for (int y = 0; y < 4; ++y) {
-        for (int x = 0; x < 5; ++x) {
-            if (cloud.IsGridValid(x, y)) {
-                EXPECT_EQ(cloud.GetGridCoord(x, y).x, y * 5 + x);
-            }
-        }
-    }
+    for (int c = 0; c < 20; c += 2) EXPECT_EQ(cloud.GetGridCoord(c % 5, c / 5).x, c);
     // The cell-less point went 10 -> 3 and kept having no cell.
     EXPECT_EQ(cloud.GetPointCoord(3).x, -1);
     EXPECT_EQ(cloud.GetPointGridId(3), -1);
@@ -149,23 +135,6 @@ TEST(PointCloud, SwapAndPopbackKeepTheMapsConsistent) {
     cloud.PopbackPoints(100);  // clamped
     EXPECT_EQ(cloud.GetPointCount(), 0);
     for (int c = 0; c < 20; ++c) EXPECT_FALSE(cloud.IsGridValid(c % 5, c / 5));
-}
-
-TEST(PointCloud, FlagsGrowTheirArraysToThePointCount) {
-    PointCloud cloud;
-    cloud.InsertPoint(Vector3(1, 0, 0));
-    cloud.InsertPoint(Vector3(2, 0, 0));
-    EXPECT_EQ(cloud.GetPointNormalData(), nullptr);
-    cloud.SetPointNormal(0, Vector3(1, 0, 0));  // normals off: ignored
-    cloud.SetHasNormal(true);
-    cloud.SetHasColor(true);
-    EXPECT_EQ(cloud.GetPointNormal(1), Vector3(0, 0, 0));
-    EXPECT_EQ(cloud.GetPointColor(1), Vector3(0, 0, 0));
-    cloud.SetDefaultColor(Vector3(0.25, 0.5, 0.75));
-    EXPECT_EQ(cloud.GetPointColor(0), Vector3(0.25, 0.5, 0.75));
-    EXPECT_EQ(cloud.GetPointColor(1), Vector3(0.25, 0.5, 0.75));
-    cloud.InsertPoint(Vector3(3, 0, 0));
-    EXPECT_EQ(cloud.GetPointColor(2), Vector3(0, 0, 0));
 }
 
 TEST(PointCloud, CopyIsDeepAndClearKeepsTheGrid) {

@@ -5,38 +5,13 @@
 
 #include <zol/core/IPointList.h>
 #include <zol/core/PointCloud.h>
+#include <zol/core/TriMesh.h>
+
+#include "tests/common/MeshHelpers.h"
 
 using namespace ZOL;
 
 namespace {
-
-/// A minimal host mesh: vertices only, enough for a point list.
-class VertexMesh : public ITriMesh {
-public:
-    std::vector<Vector3> coords, normals;
-    int GetVertexCount() const override { return static_cast<int>(coords.size()); }
-    int GetTriangleCount() const override { return 0; }
-    Vector3 GetVertexCoord(int v) override { return coords[v]; }
-    void SetVertexCoord(int v, const Vector3& c) override { coords[v] = c; }
-    Vector3 GetVertexNormal(int v) override { return normals[v]; }
-    void SetVertexNormal(int v, const Vector3& n) override { normals[v] = n; }
-    void GetTriangleVertexIds(int, int[3]) const override {}
-    void SetTriangleVertexIds(int, int, int, int) override {}
-    Vector3 GetTriangleNormal(int) override { return Vector3(); }
-    void SetTriangleNormal(int, const Vector3&) override {}
-    int InsertTriangle(int, int, int) override { return -1; }
-    int InsertVertex(const Vector3& c) override {
-        coords.push_back(c);
-        normals.emplace_back();
-        return GetVertexCount() - 1;
-    }
-    void SwapVertex(int, int) override {}
-    void PopbackVertices(int) override {}
-    void SwapTriangles(int, int) override {}
-    void PopbackTriangles(int) override {}
-    void UpdateNormal() override {}
-    void Clear() override {}
-};
 
 /// A host cloud that is not a PointCloud, to exercise the generic copy path.
 class HostCloud : public IPointCloud {
@@ -84,7 +59,8 @@ TEST(PointList, CloudListReadsThroughToTheCloud) {
 }
 
 TEST(PointList, MeshAndSampledListsForwardTheirIndices) {
-    VertexMesh mesh;
+    TriMesh stored;
+    zoltest::ForwardingMesh mesh(stored);
     for (int i = 0; i < 5; ++i) mesh.InsertVertex(Vector3(i, -i, 0));
     mesh.SetVertexNormal(3, Vector3(1, 0, 0));
     TriMeshPointList meshList(&mesh);
@@ -106,7 +82,8 @@ TEST(PointList, FlatCopiesAgreeWithPerPointReadsOnEverySource) {
     PointCloud cloud(true, false, false);
     HostCloud host;
     ShiftedCloud shifted;
-    VertexMesh mesh;
+    TriMesh stored;
+    zoltest::ForwardingMesh mesh(stored);
     for (int i = 0; i < 7; ++i) {
         const Vector3 p(i * 0.5, i * i, -i);
         cloud.InsertPoint(p, Vector3(0, i, 0));
@@ -118,12 +95,13 @@ TEST(PointList, FlatCopiesAgreeWithPerPointReadsOnEverySource) {
     PointCloudPointList hostList(&host);
     PointCloudPointList shiftedList(&shifted);
     TriMeshPointList meshList(&mesh);
+    TriMeshPointList storedList(&stored);
     SampledPointList sampledCloud(&cloudList, {6, 1, 1, 0});
     SampledPointList sampledHost(&hostList, {6, 1, 1, 0});
     SampledPointList sampledShifted(&shiftedList, {5, 2});
     for (IPointList* list :
-         std::vector<IPointList*>{&cloudList, &hostList, &shiftedList, &meshList, &sampledCloud,
-                                  &sampledHost, &sampledShifted}) {
+         std::vector<IPointList*>{&cloudList, &hostList, &shiftedList, &meshList, &storedList,
+                                  &sampledCloud, &sampledHost, &sampledShifted}) {
         std::vector<double> xyz{42.0}, nxyz;
         CopyPointListCoords(list, &xyz);
         CopyPointListNormals(list, &nxyz);
