@@ -5,13 +5,16 @@ BUILD_TYPE ?= Release
 CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps configure build demo test bench install clean
+.PHONY: all deps deps-test configure build demo test bench install clean
 MAKEFLAGS += --no-print-directory
 
 all: build
 
 deps:
 	@bash scripts/install-deps.sh
+
+deps-test:
+	@bash scripts/install-deps.sh --test
 
 configure: deps
 	@cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) $(CMAKE_FLAGS) >/dev/null
@@ -22,7 +25,7 @@ build: configure
 demo: build
 	cd $(BUILD) && ./tools/zol demo
 
-test: build
+test: deps-test build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
 bench: build

@@ -1,10 +1,15 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing need. Idempotent: when
-# everything is present it only asks dpkg and returns at once.
+# everything is present it only asks dpkg and returns at once. With --test it also
+# installs the programs that check our files from outside (STL, OBJ/PLY/OFF readers
+# and the ray tracer), so that the test run does not have to fetch them itself.
 set -euo pipefail
 
 packages=(cmake make g++ libgtest-dev libgmock-dev libbenchmark-dev libann-dev
           libeigen3-dev libcli11-dev clang-format)
+if [ "${1:-}" = "--test" ]; then
+    packages+=(admesh assimp-utils povray povray-includes)
+fi
 
 missing=()
 for p in "${packages[@]}"; do
