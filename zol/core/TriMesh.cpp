@@ -22,6 +22,23 @@ void GrowEntries(std::vector<Vector3>& values, size_t count) {
     if (values.size() < count) values.resize(count);
 }
 
+// Frees the last \p count records (clamped to the size) back to their pool; an emptied
+// container drops its chunks at once. \return the number of records kept.
+template <typename Record, typename Pool>
+size_t PopRecords(std::vector<Record*>& records, Pool& pool, int count) {
+    const size_t removed =
+        static_cast<size_t>(std::clamp(count, 0, static_cast<int>(records.size())));
+    const size_t kept = records.size() - removed;
+    if (kept == 0) {
+        records.clear();
+        pool.Release();
+    } else {
+        for (size_t i = kept; i < records.size(); ++i) pool.Free(records[i]);
+        records.resize(kept);
+    }
+    return kept;
+}
+
 }  // namespace
 
 TriMesh::TriMesh() : TriMesh(false, false, false) {}
@@ -171,15 +188,7 @@ void TriMesh::SwapVertex(int vertexId0, int vertexId1) {
 }
 
 void TriMesh::PopbackVertices(int count) {
-    const size_t removed = static_cast<size_t>(std::clamp(count, 0, GetVertexCount()));
-    const size_t kept = mVertices.size() - removed;
-    if (kept == 0) {
-        mVertices.clear();
-        mVertexPool.Release();
-    } else {
-        for (size_t i = kept; i < mVertices.size(); ++i) mVertexPool.Free(mVertices[i]);
-        mVertices.resize(kept);
-    }
+    const size_t kept = PopRecords(mVertices, mVertexPool, count);
     TruncateEntries(mVertexColors, kept);
     TruncateEntries(mVertexTexcoords, kept);
 }
@@ -195,15 +204,7 @@ void TriMesh::SwapTriangles(int triangleId0, int triangleId1) {
 }
 
 void TriMesh::PopbackTriangles(int count) {
-    const size_t removed = static_cast<size_t>(std::clamp(count, 0, GetTriangleCount()));
-    const size_t kept = mTriangles.size() - removed;
-    if (kept == 0) {
-        mTriangles.clear();
-        mTrianglePool.Release();
-    } else {
-        for (size_t i = kept; i < mTriangles.size(); ++i) mTrianglePool.Free(mTriangles[i]);
-        mTriangles.resize(kept);
-    }
+    const size_t kept = PopRecords(mTriangles, mTrianglePool, count);
     TruncateEntries(mTriangleColors, 3 * kept);
     TruncateEntries(mTriangleTexcoords, 3 * kept);
 }
