@@ -6,14 +6,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <thread>
 #include <vector>
 
 #include <zol/core/TriMesh.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
-#include <zol/runtime/ThreadCount.h>
+#include <zol/runtime/ParallelInternal.h>
 
 namespace ZOL {
 
@@ -108,36 +107,28 @@ void SumBlocks(const ITriMesh* triMesh, int blockBegin, int blockEnd, BlockSum* 
 }
 
 // Host meshes may not be safe for concurrent reads, so only TriMesh is shared between
-// threads, each taking a contiguous run of blocks; the block partition keeps the sum
+// workers, each taking a contiguous run of blocks; the block partition keeps the sum
 // identical for any thread count.
-// \return the first triangle naming a vertex out of range, or -1 when \p sum is valid.
+// \return the first triangle naming a vertex out of range, -1 when \p sum is valid, or
+//         -2 when the workers could not run (logged with \p lines).
 template <typename Term>
-int SumOverTriangles(const ITriMesh* triMesh, double& sum) {
+int SumOverTriangles(const ITriMesh* triMesh, const ParallelLines& lines, double& sum) {
     sum = 0.0;
     const int count = triMesh->GetTriangleCount();
     if (count <= 0) return -1;
     const int blockCount = (count + kBlockSize - 1) / kBlockSize;
     std::vector<BlockSum> partial(blockCount);
-    int threadCount = 1;
-    if (count >= kThreadedMinimum && dynamic_cast<const TriMesh*>(triMesh) != nullptr)
-        threadCount = std::max(1, std::min(GetThreadCount(), blockCount));
-    std::vector<std::thread> workers;
-    workers.reserve(threadCount - 1);
-    for (int k = 1; k < threadCount; ++k) {
-        const int begin = static_cast<int>(static_cast<long long>(blockCount) * k / threadCount);
-        const int end =
-            static_cast<int>(static_cast<long long>(blockCount) * (k + 1) / threadCount);
-        try {
-            workers.emplace_back([triMesh, begin, end, &partial]() {
-                SumBlocks<Term>(triMesh, begin, end, partial.data());
-            });
-        } catch (...) {
-            // No thread to be had: this share runs here instead.
-            SumBlocks<Term>(triMesh, begin, end, partial.data());
-        }
+    const bool threaded =
+        count >= kThreadedMinimum && dynamic_cast<const TriMesh*>(triMesh) != nullptr;
+    if (threaded) {
+        const auto body = [&](int t, int n) {
+            SumBlocks<Term>(triMesh, SliceBegin(blockCount, t, n), SliceBegin(blockCount, t + 1, n),
+                            partial.data());
+        };
+        if (ParallelFor(ParallelTaskCount(blockCount), body, lines) != RESULT_OK) return -2;
+    } else {
+        SumBlocks<Term>(triMesh, 0, blockCount, partial.data());
     }
-    SumBlocks<Term>(triMesh, 0, blockCount / threadCount, partial.data());
-    for (std::thread& worker : workers) worker.join();
     for (const BlockSum& block : partial) {
         if (block.badTriangle >= 0) return block.badTriangle;
         sum += block.sum;
@@ -152,7 +143,11 @@ int MeasureMesh::ComputeArea(const ITriMesh* triMesh, double& area) {
     if (triMesh == nullptr)
         return LogFailure(RESULT_INVALID_INPUT, "MeasureMesh::ComputeArea input triMesh is NULL");
     double sum = 0.0;
-    const int bad = SumOverTriangles<AreaTerm>(triMesh, sum);
+    const int bad = SumOverTriangles<AreaTerm>(
+        triMesh,
+        {"MeasureMesh::ComputeArea", "MeasureMesh::ComputeArea: ThreadPool InsertTask Failed"},
+        sum);
+    if (bad == -2) return RESULT_STEP_FAIL;
     if (bad >= 0)
         return LogFailure(RESULT_INVALID_INPUT,
                           "MeasureMesh::ComputeArea: invalid vertex id in triangle ", bad);
@@ -165,7 +160,11 @@ int MeasureMesh::ComputeVolume(const ITriMesh* triMesh, double& volume) {
     if (triMesh == nullptr)
         return LogFailure(RESULT_INVALID_INPUT, "MeasureMesh::ComputeVolume input triMesh is NULL");
     double sum = 0.0;
-    const int bad = SumOverTriangles<VolumeTerm>(triMesh, sum);
+    const int bad = SumOverTriangles<VolumeTerm>(
+        triMesh,
+        {"MeasureMesh::ComputeVolume", "MeasureMesh::ComputeVolume: ThreadPool InsertTask Failed"},
+        sum);
+    if (bad == -2) return RESULT_STEP_FAIL;
     if (bad >= 0)
         return LogFailure(RESULT_INVALID_INPUT,
                           "MeasureMesh::ComputeVolume: invalid vertex id in triangle ", bad);

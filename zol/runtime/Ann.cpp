@@ -10,8 +10,7 @@
 #include <zol/runtime/AnnInternal.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
-#include <zol/runtime/ThreadCount.h>
-#include <zol/runtime/ThreadPool.h>
+#include <zol/runtime/ParallelInternal.h>
 
 namespace ZOL {
 
@@ -239,32 +238,20 @@ int Ann::FindNearestNeighbors(const IPointList* queryList,
         ListRows(queryList, mpImpl->mWithNormal, mpImpl->mNormalWeight, nullptr);
     const int queryCount = static_cast<int>(queries.size() / dim);
 
-    const int threadCount = std::max(GetThreadCount(), 1);
-    ThreadPool pool;
-    const int started = pool.InitThreads(threadCount);
-    if (started < threadCount) {
-        return LogFailure(RESULT_STEP_FAIL,
-                          "FindNearestNeighbors: invalid thread count = ", started);
-    }
     // Keep the index alive for the workers even if another copy of this Ann is cleared.
     const std::shared_ptr<AnnImpl> impl = mpImpl;
-    for (int t = 0; t < threadCount; ++t) {
-        const int begin = static_cast<int>(static_cast<long long>(queryCount) * t / threadCount);
-        const int end =
-            static_cast<int>(static_cast<long long>(queryCount) * (t + 1) / threadCount);
-        TaskBase* task = new FindNearestByPointListMT(impl.get(), queries.data(), begin, end, k,
-                                                      indexRes, distanceRes);
-        if (pool.InsertTask(task) != RESULT_OK) {
-            // The pool keeps and releases a task it could not hand out.
-            pool.WaitAll();
-            return LogFailure(
-                RESULT_STEP_FAIL,
-                "FindNearestNeighbors: ThreadPool InsertTask FindNearestByPointListMT "
-                "Failed");
-        }
-    }
-    pool.WaitAll();
-    return RESULT_OK;
+    const double* rows = queries.data();
+    const int taskCount = ParallelTaskCount();
+    return RunTasks(
+        taskCount,
+        [&](int t, int n) -> TaskBase* {
+            return new FindNearestByPointListMT(impl.get(), rows, SliceBegin(queryCount, t, n),
+                                                SliceBegin(queryCount, t + 1, n), k, indexRes,
+                                                distanceRes);
+        },
+        {"FindNearestNeighbors",
+         "FindNearestNeighbors: ThreadPool InsertTask FindNearestByPointListMT Failed"},
+        taskCount);
 }
 
 int Ann::FindNearestNeighbors(double* query,

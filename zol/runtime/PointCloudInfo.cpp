@@ -9,8 +9,7 @@
 #include <zol/runtime/AnnInternal.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
-#include <zol/runtime/ThreadCount.h>
-#include <zol/runtime/ThreadPool.h>
+#include <zol/runtime/ParallelInternal.h>
 
 namespace ZOL {
 
@@ -178,14 +177,6 @@ int PointCloudInfo::FindNearestNeighbors(int neighborCount,
     const int pointCount = pointCloud->GetPointCount();
     ResizeCaches(pointCount);
 
-    const int threadCount = std::max(GetThreadCount(), 1);
-    ThreadPool pool;
-    const int started = pool.InitThreads(threadCount);
-    if (started < 1) {
-        return LogFailure(RESULT_STEP_FAIL,
-                          "FindNearestNeighbors: invalid thread count = ", started);
-    }
-
     std::vector<int> selected;
     if (selection) {
         std::vector<bool> marked(static_cast<size_t>(pointCount), false);
@@ -204,20 +195,14 @@ int PointCloudInfo::FindNearestNeighbors(int neighborCount,
     CopyPointListCoords(&pointList, &coords);
 
     const int k = std::min(neighborCount, impl->GetPointCount());
-    for (int t = 0; t < started; ++t) {
-        TaskBase* task = new FindNeighborsMT(impl, &coords, &selected, t, started, k,
-                                             mNeighborCount, mNeighborIds.data(),
-                                             mNeighborDistances.data(), mFilledCounts.data());
-        const int status = pool.InsertTask(task);
-        if (status != RESULT_OK) {
-            // The pool keeps and releases a task it could not hand out.
-            pool.WaitAll();
-            LogLine("FindNearestNeighbors: InsertTask FindNeighborsMT Failed");
-            return status;
-        }
-    }
-    pool.WaitAll();
-    return RESULT_OK;
+    return RunTasks(
+        ParallelTaskCount(),
+        [&](int t, int n) -> TaskBase* {
+            return new FindNeighborsMT(impl, &coords, &selected, t, n, k, mNeighborCount,
+                                       mNeighborIds.data(), mNeighborDistances.data(),
+                                       mFilledCounts.data());
+        },
+        {"FindNearestNeighbors", "FindNearestNeighbors: InsertTask FindNeighborsMT Failed"});
 }
 
 int PointCloudInfo::GetNeighbor(int pointId,
