@@ -1,9 +1,31 @@
-// Small meshes of known geometry, counter-clockwise seen from outside, normals updated.
+// Small meshes of known geometry, counter-clockwise seen from outside, normals updated;
+// reading corners and files back.
 #pragma once
+
+#include <array>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
 
 #include <zol/core/TriMesh.h>
 
+namespace ZOL {
+/// Readable vectors in test failures.
+inline void PrintTo(const Vector3& v, std::ostream* out) {
+    *out << "(" << v.x << ", " << v.y << ", " << v.z << ")";
+}
+}  // namespace ZOL
+
 namespace zoltest {
+
+/// A mesh of \p points and \p triangles (corner ids, not checked); normals left zero.
+ZOL::TriMesh MakeMesh(const std::vector<ZOL::Vector3>& points,
+                      const std::vector<std::array<int, 3>>& triangles);
+/// The three corner ids of \p triangle.
+std::vector<int> Corners(const ZOL::ITriMesh& mesh, int triangle);
+/// The mesh read by Parser::ImportTriMesh, owned (null when it failed).
+std::unique_ptr<ZOL::TriMesh> ImportMesh(const std::string& path);
 
 /// The cube [0, 1]^3: 8 vertices (index x + 2y + 4z for corner (x, y, z)) and 12
 /// outward triangles, two per face in the order -z, +z, -y, +y, -x, +x.
