@@ -20,20 +20,6 @@ const std::vector<std::array<int, 3>> kCubeTriangles = {{0, 2, 1}, {1, 2, 3}, {4
 
 Vector3 CubeCorner(int index) { return Vector3(index & 1, (index >> 1) & 1, (index >> 2) & 1); }
 
-// Two triangles per cell between consecutive rows of \p rowLength vertices; the cell
-// after the last column wraps to column 0 when \p cells equals \p rowLength.
-void StitchRows(TriMesh& mesh, int rowLength, int cells, int rows) {
-    for (int r = 0; r < rows; ++r) {
-        for (int s = 0; s < cells; ++s) {
-            const int a = r * rowLength + s;
-            const int b = r * rowLength + (s + 1) % rowLength;
-            mesh.InsertTriangle(a, b, b + rowLength);
-            mesh.InsertTriangle(a, b + rowLength, a + rowLength);
-        }
-    }
-    mesh.UpdateNormal();
-}
-
 }  // namespace
 
 TriMesh MakeMesh(const std::vector<Vector3>& points,
@@ -79,20 +65,14 @@ TriMesh MakeGrid(int nx, int ny, double spacing) {
     for (int j = 0; j <= ny; ++j) {
         for (int i = 0; i <= nx; ++i) mesh.InsertVertex(Vector3(i * spacing, j * spacing, 0));
     }
-    StitchRows(mesh, nx + 1, nx, ny);
-    return mesh;
-}
-
-TriMesh MakeCylinder(int segments, int rings, double radius, double height) {
-    TriMesh mesh;
-    for (int r = 0; r <= rings; ++r) {
-        for (int s = 0; s < segments; ++s) {
-            const double angle = 2.0 * kPi * s / segments;
-            mesh.InsertVertex(
-                Vector3(radius * std::cos(angle), radius * std::sin(angle), height * r / rings));
+    for (int j = 0; j < ny; ++j) {
+        for (int i = 0; i < nx; ++i) {
+            const int a = j * (nx + 1) + i;
+            mesh.InsertTriangle(a, a + 1, a + nx + 2);
+            mesh.InsertTriangle(a, a + nx + 2, a + nx + 1);
         }
     }
-    StitchRows(mesh, segments, segments, rings);
+    mesh.UpdateNormal();
     return mesh;
 }
 

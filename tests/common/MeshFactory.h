@@ -35,9 +35,6 @@ ZOL::TriMesh MakeUnitCubeSoup();
 /// A flat grid of (nx + 1) x (ny + 1) vertices in z = 0 with spacing \p spacing, two
 /// triangles per cell (2 nx ny), normals +z. Vertex (i, j) has index j (nx + 1) + i.
 ZOL::TriMesh MakeGrid(int nx, int ny, double spacing = 1.0);
-/// The open side of a cylinder around the z axis from z = 0 to \p height: (rings + 1)
-/// rows of \p segments vertices, 2 segments rings triangles, normals pointing outward.
-ZOL::TriMesh MakeCylinder(int segments, int rings, double radius, double height);
 /// A closed UV sphere about the origin: two poles and (stacks - 1) rings of \p slices
 /// vertices; 2 slices (stacks - 1) triangles.
 ZOL::TriMesh MakeSphere(int slices, int stacks, double radius);

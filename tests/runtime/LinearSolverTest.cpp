@@ -147,19 +147,28 @@ TEST(LeastSquareSolvers, AllThreeGiveTheKnownLeastSquaresAnswers) {
     }
 }
 
-TEST(LeastSquareSolvers, SingularSystemsFailWithoutTouchingTheOutput) {
-    // Duplicate columns, a zero column and near-duplicate columns.
-    const std::vector<std::vector<SparseTriplet>> cases = {
+TEST(LeastSquareSolvers, BadArgumentsAndSingularSystemsFailWithoutTouchingTheOutput) {
+    std::vector<double> x = {7.0};
+    EXPECT_EQ(LeastSquareSparseLUSolver().Solve({1}, x), RESULT_NOT_READY);
+    EXPECT_EQ(LeastSquareSparseLLTSolver().Solve({1}, x), RESULT_NOT_READY);
+    EXPECT_EQ(LeastSquareGeneralLDLSolver().Solve({1}, x), RESULT_NOT_READY);
+    LeastSquareSparseLUSolver lu;
+    EXPECT_EQ(lu.Factorize(0, 1, {}), RESULT_INVALID_INPUT);
+    EXPECT_EQ(lu.Factorize(2, 1, {{2, 0, 1.0}}), RESULT_INVALID_INPUT);
+    EXPECT_EQ(lu.Factorize(2, 1, {{0, -1, 1.0}}), RESULT_INVALID_INPUT);
+    EXPECT_EQ(lu.Factorize(2, 1, {{0, 0, std::nan("")}}), RESULT_INVALID_INPUT);
+    EXPECT_EQ(LeastSquareGeneralLDLSolver().Factorize(GeneralMatrix()), RESULT_INVALID_INPUT);
+    // Duplicate columns, a zero column and near-duplicate columns; a failed factorisation
+    // leaves the solver not ready.
+    const std::vector<std::vector<SparseTriplet>> singular = {
         {{0, 0, 1}, {0, 1, 1}, {1, 0, 2}, {1, 1, 2}, {2, 0, 3}, {2, 1, 3}},
         {{0, 0, 1}, {1, 0, 2}, {2, 0, 3}},
         {{0, 0, 1}, {0, 1, 1}, {1, 0, 2}, {1, 1, 2 + 1e-12}, {2, 0, 3}, {2, 1, 3}},
     };
-    for (const auto& triplets : cases) {
+    for (const auto& triplets : singular) {
         SCOPED_TRACE(triplets.size());
         GeneralMatrix dense(3, 2);
         for (const SparseTriplet& t : triplets) dense.SetValue(t.row, t.col, t.value);
-        std::vector<double> x = {7.0};
-        LeastSquareSparseLUSolver lu;
         LeastSquareSparseLLTSolver llt;
         LeastSquareGeneralLDLSolver ldl;
         EXPECT_EQ(lu.Factorize(3, 2, triplets), RESULT_FAIL);
@@ -168,23 +177,8 @@ TEST(LeastSquareSolvers, SingularSystemsFailWithoutTouchingTheOutput) {
         EXPECT_EQ(lu.Solve({1, 2, 3}, x), RESULT_NOT_READY);
         EXPECT_EQ(llt.Solve({1, 2, 3}, x), RESULT_NOT_READY);
         EXPECT_EQ(ldl.Solve({1, 2, 3}, x), RESULT_NOT_READY);
-        EXPECT_EQ(x, std::vector<double>{7.0});
     }
-}
-
-TEST(LeastSquareSolvers, SolveBeforeFactorizeAndBadArgumentsFail) {
-    std::vector<double> x;
-    EXPECT_EQ(LeastSquareSparseLUSolver().Solve({1}, x), RESULT_NOT_READY);
-    EXPECT_EQ(LeastSquareSparseLLTSolver().Solve({1}, x), RESULT_NOT_READY);
-    EXPECT_EQ(LeastSquareGeneralLDLSolver().Solve({1}, x), RESULT_NOT_READY);
-    EXPECT_TRUE(x.empty());
-
-    LeastSquareSparseLUSolver lu;
-    EXPECT_EQ(lu.Factorize(0, 1, {}), RESULT_INVALID_INPUT);
-    EXPECT_EQ(lu.Factorize(2, 1, {{2, 0, 1.0}}), RESULT_INVALID_INPUT);
-    EXPECT_EQ(lu.Factorize(2, 1, {{0, -1, 1.0}}), RESULT_INVALID_INPUT);
-    EXPECT_EQ(lu.Factorize(2, 1, {{0, 0, std::nan("")}}), RESULT_INVALID_INPUT);
-    EXPECT_EQ(LeastSquareGeneralLDLSolver().Factorize(GeneralMatrix()), RESULT_INVALID_INPUT);
+    EXPECT_EQ(x, std::vector<double>{7.0});
     ASSERT_EQ(lu.Factorize(2, 1, {{0, 0, 1.0}, {1, 0, 1.0}}), RESULT_OK);
     EXPECT_EQ(lu.Solve({1.0}, x), RESULT_INVALID_INPUT);
     EXPECT_EQ(lu.Solve({1.0, 3.0}, {0.0, 0.0}, x), RESULT_INVALID_INPUT);
