@@ -3,6 +3,8 @@
 
 #include <cmath>
 
+#include <zol/io/Parser.h>
+
 using ZOL::TriMesh;
 using ZOL::Vector3;
 
@@ -12,32 +14,36 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-const int kCubeTriangles[12][3] = {{0, 2, 1}, {1, 2, 3}, {4, 5, 6}, {5, 7, 6},
-                                   {0, 1, 4}, {1, 5, 4}, {2, 6, 3}, {3, 6, 7},
-                                   {0, 4, 2}, {2, 4, 6}, {1, 3, 5}, {3, 7, 5}};
+const std::vector<std::array<int, 3>> kCubeTriangles = {{0, 2, 1}, {1, 2, 3}, {4, 5, 6}, {5, 7, 6},
+                                                        {0, 1, 4}, {1, 5, 4}, {2, 6, 3}, {3, 6, 7},
+                                                        {0, 4, 2}, {2, 4, 6}, {1, 3, 5}, {3, 7, 5}};
 
 Vector3 CubeCorner(int index) { return Vector3(index & 1, (index >> 1) & 1, (index >> 2) & 1); }
 
-// Two triangles per cell between consecutive rows of \p rowLength vertices; the cell
-// after the last column wraps to column 0 when \p cells equals \p rowLength.
-void StitchRows(TriMesh& mesh, int rowLength, int cells, int rows) {
-    for (int r = 0; r < rows; ++r) {
-        for (int s = 0; s < cells; ++s) {
-            const int a = r * rowLength + s;
-            const int b = r * rowLength + (s + 1) % rowLength;
-            mesh.InsertTriangle(a, b, b + rowLength);
-            mesh.InsertTriangle(a, b + rowLength, a + rowLength);
-        }
-    }
-    mesh.UpdateNormal();
-}
-
 }  // namespace
 
-TriMesh MakeUnitCube() {
+TriMesh MakeMesh(const std::vector<Vector3>& points,
+                 const std::vector<std::array<int, 3>>& triangles) {
     TriMesh mesh;
-    for (int i = 0; i < 8; ++i) mesh.InsertVertex(CubeCorner(i));
-    for (const auto& t : kCubeTriangles) mesh.InsertTriangle(t[0], t[1], t[2]);
+    for (const Vector3& p : points) mesh.InsertVertex(p);
+    for (const auto& t : triangles) mesh.InsertTriangle(t[0], t[1], t[2]);
+    return mesh;
+}
+
+std::vector<int> Corners(const ZOL::ITriMesh& mesh, int triangle) {
+    int ids[3];
+    mesh.GetTriangleVertexIds(triangle, ids);
+    return {ids[0], ids[1], ids[2]};
+}
+
+std::unique_ptr<TriMesh> ImportMesh(const std::string& path) {
+    return std::unique_ptr<TriMesh>(ZOL::Parser::ImportTriMesh(path));
+}
+
+TriMesh MakeUnitCube() {
+    std::vector<Vector3> corners;
+    for (int i = 0; i < 8; ++i) corners.push_back(CubeCorner(i));
+    TriMesh mesh = MakeMesh(corners, kCubeTriangles);
     mesh.UpdateNormal();
     return mesh;
 }
@@ -59,20 +65,14 @@ TriMesh MakeGrid(int nx, int ny, double spacing) {
     for (int j = 0; j <= ny; ++j) {
         for (int i = 0; i <= nx; ++i) mesh.InsertVertex(Vector3(i * spacing, j * spacing, 0));
     }
-    StitchRows(mesh, nx + 1, nx, ny);
-    return mesh;
-}
-
-TriMesh MakeCylinder(int segments, int rings, double radius, double height) {
-    TriMesh mesh;
-    for (int r = 0; r <= rings; ++r) {
-        for (int s = 0; s < segments; ++s) {
-            const double angle = 2.0 * kPi * s / segments;
-            mesh.InsertVertex(
-                Vector3(radius * std::cos(angle), radius * std::sin(angle), height * r / rings));
+    for (int j = 0; j < ny; ++j) {
+        for (int i = 0; i < nx; ++i) {
+            const int a = j * (nx + 1) + i;
+            mesh.InsertTriangle(a, a + 1, a + nx + 2);
+            mesh.InsertTriangle(a, a + nx + 2, a + nx + 1);
         }
     }
-    StitchRows(mesh, segments, segments, rings);
+    mesh.UpdateNormal();
     return mesh;
 }
 

@@ -6,8 +6,6 @@
 #include <random>
 #include <sstream>
 
-#include <zol/runtime/ThreadCount.h>
-
 namespace zoltest {
 
 std::vector<ZOL::Vector3> RandomPoints(int count, unsigned seed, double extent) {
@@ -92,9 +90,5 @@ std::vector<Neighbor> BruteForceNearest(const std::vector<ZOL::Vector3>& points,
     all.resize(kk);
     return all;
 }
-
-ThreadCountScope::ThreadCountScope(int count) { ZOL::SetThreadCount(count); }
-
-ThreadCountScope::~ThreadCountScope() { ZOL::SetThreadCount(0); }
 
 }  // namespace zoltest

@@ -7,6 +7,8 @@
 #include <zol/core/PointCloud.h>
 #include <zol/core/Vector3.h>
 
+#include "tests/common/ThreadCountScope.h"
+
 namespace zoltest {
 
 /// \p count points uniform in [-extent, extent]^3 from a fixed seed.
@@ -29,12 +31,5 @@ struct Neighbor {
 std::vector<Neighbor> BruteForceNearest(const std::vector<ZOL::Vector3>& points,
                                         const ZOL::Vector3& query,
                                         int k);
-
-/// Sets the process-wide thread count for its lifetime and restores the default after.
-class ThreadCountScope {
-public:
-    explicit ThreadCountScope(int count);
-    ~ThreadCountScope();
-};
 
 }  // namespace zoltest

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
 #include <algorithm>
 #include <fstream>
 #include <sstream>
@@ -16,17 +15,16 @@ std::string DataPath(const std::string& relative) {
     return std::string(ZOL_TEST_DATA) + "/" + relative;
 }
 
-bool HasData() {
-    struct stat st;
-    return stat(ZOL_TEST_DATA, &st) == 0 && S_ISDIR(st.st_mode);
-}
-
 std::string ScratchPath(const std::string& name) {
     const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
     std::string prefix =
         info ? std::string(info->test_suite_name()) + "_" + info->name() : "scratch";
     std::replace(prefix.begin(), prefix.end(), '/', '_');
     return prefix + "_" + name;
+}
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 std::string ReadFile(const std::string& path) {

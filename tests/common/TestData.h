@@ -8,10 +8,10 @@ namespace zoltest {
 
 /// Path of a file under the shared real-data folder (e.g. "bunny/bun000.ply").
 std::string DataPath(const std::string& relative);
-/// True when the shared data folder is present.
-bool HasData();
 /// A fresh path in the test's scratch directory (not created).
 std::string ScratchPath(const std::string& name);
+/// Writes \p bytes as the whole file.
+void WriteFile(const std::string& path, const std::string& bytes);
 /// Whole file as bytes; empty when it cannot be read.
 std::string ReadFile(const std::string& path);
 /// Lines of a text file without their line ends.

@@ -13,20 +13,17 @@
 
 using namespace ZOL;
 
-TEST(Plane3, ThroughThreePointsHasUnitNormal) {
+TEST(Plane3, ThroughThreePointsHasUnitNormalAndPointNormalKeepsTheLength) {
     const Plane3 plane(Vector3(0, 0, 2), Vector3(3, 0, 2), Vector3(0, 5, 2));
     double abcd[4];
     plane.GetParameters(abcd);
     EXPECT_EQ(std::vector<double>(abcd, abcd + 4), std::vector<double>({0, 0, 1, -2}));
     EXPECT_EQ(plane.SignedDistance(Vector3(4, 4, 5)), 3.0);
-    const Plane3 degenerate(Vector3(1, 1, 1), Vector3(2, 2, 2), Vector3(3, 3, 3));
-    EXPECT_EQ(degenerate.GetNormal().Length(), 0.0);
-}
-
-TEST(Plane3, PointNormalConstructorKeepsTheNormalLength) {
-    const Plane3 plane(Vector3(1, 1, 1), Vector3(0, 2, 0));
-    EXPECT_EQ(plane.GetDistance(), -2.0);
-    EXPECT_EQ(plane.SignedDistance(Vector3(0, 3, 0)), 4.0);  // not divided by |n|
+    EXPECT_EQ(Plane3(Vector3(1, 1, 1), Vector3(2, 2, 2), Vector3(3, 3, 3)).GetNormal().Length(),
+              0.0);
+    const Plane3 scaled(Vector3(1, 1, 1), Vector3(0, 2, 0));
+    EXPECT_EQ(scaled.GetDistance(), -2.0);
+    EXPECT_EQ(scaled.SignedDistance(Vector3(0, 3, 0)), 4.0);  // not divided by |n|
 }
 
 TEST(Plane3, ProjectionsLandInThePlaneAndTheNormalItselfWarns) {
@@ -82,9 +79,4 @@ TEST(Obb, BoundsAreInclusiveAndFollowTheBoxAxes) {
     EXPECT_FALSE(turned.IsPointInside(Vector3(1.2, -1.2, 0)));
 }
 
-TEST(ImageColorId, DefaultHasNoImage) {
-    const ImageColorId id;
-    EXPECT_EQ(id.GetImageIndex(), -1);
-    EXPECT_EQ(id.GetLocalX(), 0);
-    EXPECT_EQ(id.GetLocalY(), 0);
-}
+TEST(ImageColorId, DefaultHasNoImage) { EXPECT_EQ(ImageColorId().GetImageIndex(), -1); }

@@ -7,6 +7,7 @@
 
 #include <zol/core/Matrix4x4.h>
 
+#include "tests/common/MeshFactory.h"
 #include "tests/common/TestData.h"
 
 using namespace ZOL;
@@ -43,26 +44,20 @@ void ExpectRotation(const Matrix4x4& r) {
 TEST(Matrix4x4, TranslationAndScaleMoveAPoint) {
     Matrix4x4 m;
     m.GenerateTranslation(Vector3(1, 2, 3));
-    const Vector3 p = m.TransformPoint(Vector3(1, 1, 1));
-    EXPECT_TRUE(p.x == 2.0 && p.y == 3.0 && p.z == 4.0);
-    EXPECT_EQ(m.RotateVector(Vector3(1, 1, 1)).x, 1.0);
+    EXPECT_EQ(m.TransformPoint(Vector3(1, 1, 1)), Vector3(2, 3, 4));
+    EXPECT_EQ(m.RotateVector(Vector3(1, 1, 1)), Vector3(1, 1, 1));
     m.GenerateScale(Vector3(2, 3, 4));
-    const Vector3 s = m.TransformPoint(Vector3(1, 1, 1));
-    EXPECT_TRUE(s.x == 2.0 && s.y == 3.0 && s.z == 4.0);
+    EXPECT_EQ(m.TransformPoint(Vector3(1, 1, 1)), Vector3(2, 3, 4));
 }
 
 TEST(Matrix4x4, CopiesAreDeep) {
     EXPECT_TRUE(Matrix4x4(Matrix4x4()).IsEmpty());
-    Matrix4x4 a(2.0);
-    Matrix4x4 b(a);
-    ASSERT_NE(a.mpValues, b.mpValues);
+    Matrix4x4 a(2.0), b(a), c;
     b.SetValue(1, 2, 7.0);
-    EXPECT_EQ(a.GetValue(6), 2.0);
-    EXPECT_EQ(b.GetValue(6), 7.0);
-    Matrix4x4 c;
     c = b;
-    ASSERT_NE(c.mpValues, b.mpValues);
-    EXPECT_EQ(c.GetValue(1, 2), 7.0);
+    c.SetValue(1, 2, 8.0);
+    EXPECT_EQ(std::vector<double>({a.GetValue(6), b.GetValue(6), c.GetValue(1, 2)}),
+              std::vector<double>({2.0, 7.0, 8.0}));
     c.Free();
     EXPECT_TRUE(c.IsEmpty());
 }

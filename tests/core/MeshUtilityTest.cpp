@@ -49,16 +49,16 @@ TEST(MeshUtility, CopyTriMeshMakesAnIndependentCopyOfAnyITriMesh) {
     cube.SetHasVertexColor(true);
     cube.SetVertexColor(2, Vector3(0, 1, 0));
     TriMesh copy = zoltest::MakeSphere(6, 3, 1.0);
-    ASSERT_EQ(CopyTriMesh(&cube, &copy), 0);
+    ASSERT_EQ(CopyTriMesh(&cube, &copy), RESULT_OK);
     EXPECT_EQ(Geometry(copy), Geometry(cube));
     EXPECT_EQ(copy.GetVertexColor(2).y, 1.0);
     copy.SetVertexCoord(0, Vector3(5, 5, 5));
     EXPECT_EQ(cube.GetVertexCoord(0).x, 0.0);
-    EXPECT_EQ(CopyTriMesh(&cube, &cube), 0);
+    EXPECT_EQ(CopyTriMesh(&cube, &cube), RESULT_OK);
     EXPECT_EQ(cube.GetVertexCount(), 8);
 
     SubTriMesh top(&cube, std::vector<int>{2, 3}, BUILD_SUBTRIMESH_BY_TRIANGLE);
-    ASSERT_EQ(CopyTriMesh(&top, &copy), 0);
+    ASSERT_EQ(CopyTriMesh(&top, &copy), RESULT_OK);
     ASSERT_EQ(copy.GetVertexCount(), 4);
     for (int v = 0; v < 4; ++v) {
         EXPECT_EQ(copy.GetVertexNormal(v).x, cube.GetVertexNormal(v + 4).x);
@@ -74,7 +74,7 @@ TEST(MeshUtility, DeleteVerticesRemovesTheirTrianglesAndRenumbersCorners) {
     for (int v = 0; v < 9; ++v) cube.SetVertexColor(v, cube.GetVertexCoord(v) * 0.25);
     const TriMesh original(cube);
 
-    ASSERT_EQ(DeleteTriMeshVertices(&cube, {0, 6, 0, -3, 42}), 0);
+    ASSERT_EQ(DeleteTriMeshVertices(&cube, {0, 6, 0, -3, 42}), RESULT_OK);
     EXPECT_EQ(cube.GetVertexCount(), 7);
     // Vertex 0 is in triangles 0, 4, 8; vertex 6 in 2, 3, 6, 7, 9.
     EXPECT_EQ(Geometry(cube), Geometry(original, {0, 2, 3, 4, 6, 7, 8, 9}));
@@ -86,32 +86,30 @@ TEST(MeshUtility, DeleteVerticesRemovesTheirTrianglesAndRenumbersCorners) {
         EXPECT_EQ(cube.GetVertexColor(v).z, p.z * 0.25);
     }
 
-    ASSERT_EQ(DeleteTriMeshVertices(&cube, {}), 0);
+    ASSERT_EQ(DeleteTriMeshVertices(&cube, {}), RESULT_OK);
     EXPECT_EQ(cube.GetVertexCount(), 7);
-    ASSERT_EQ(DeleteTriMeshVertices(&cube, {0, 1, 2, 3, 4, 5, 6}), 0);
+    ASSERT_EQ(DeleteTriMeshVertices(&cube, {0, 1, 2, 3, 4, 5, 6}), RESULT_OK);
     EXPECT_EQ(cube.GetVertexCount(), 0);
     EXPECT_EQ(cube.GetTriangleCount(), 0);
 }
 
-TEST(MeshUtility, DeleteTrianglesKeepsTheOthersAndEveryVertex) {
+TEST(MeshUtility, DeleteTrianglesKeepsTheOthersAndEveryVertexWhichMayBecomeIsolated) {
     TriMesh sphere = zoltest::MakeSphere(10, 6, 1.0);
     const TriMesh original(sphere);
     const std::vector<int> doomed = {0, 5, 99, 5, 98, 1, 97, -1, 1000};
-    ASSERT_EQ(DeleteTriMeshTriangles(&sphere, doomed), 0);
+    ASSERT_EQ(DeleteTriMeshTriangles(&sphere, doomed), RESULT_OK);
     EXPECT_EQ(sphere.GetTriangleCount(), 100 - 6);
     EXPECT_EQ(sphere.GetVertexCount(), original.GetVertexCount());
     EXPECT_EQ(Geometry(sphere), Geometry(original, doomed));
-}
 
-TEST(MeshUtility, FindIsolatedVerticesListsUnusedVerticesAscending) {
     TriMesh cube = zoltest::MakeUnitCube();
     cube.InsertVertex(Vector3(4, 4, 4));
     std::vector<int> isolated = {77};
-    ASSERT_EQ(FindIsolatedVertices(&cube, &isolated), 0);
+    ASSERT_EQ(FindIsolatedVertices(&cube, &isolated), RESULT_OK);
     EXPECT_EQ(isolated, std::vector<int>{8});
     // Only the z = 0 face stays: 4-7 lose all their triangles.
-    ASSERT_EQ(DeleteTriMeshTriangles(&cube, {2, 3, 4, 5, 6, 7, 8, 9, 10, 11}), 0);
-    ASSERT_EQ(FindIsolatedVertices(&cube, &isolated), 0);
+    ASSERT_EQ(DeleteTriMeshTriangles(&cube, {2, 3, 4, 5, 6, 7, 8, 9, 10, 11}), RESULT_OK);
+    ASSERT_EQ(FindIsolatedVertices(&cube, &isolated), RESULT_OK);
     EXPECT_EQ(isolated, (std::vector<int>{4, 5, 6, 7, 8}));
 }
 
@@ -119,20 +117,20 @@ TEST(MeshUtility, BoundingBoxAndAverageEdgeLengthOfKnownShapes) {
     TriMesh cube = zoltest::MakeUnitCube();
     cube.SetVertexCoord(7, Vector3(2, 3, 4));
     Vector3 lo, hi;
-    ASSERT_EQ(CalculateTriMeshBoundingBox(&cube, &lo, &hi), 0);
+    ASSERT_EQ(CalculateTriMeshBoundingBox(&cube, &lo, &hi), RESULT_OK);
     EXPECT_EQ(std::vector<double>({lo.x, lo.y, lo.z, hi.x, hi.y, hi.z}),
               std::vector<double>({0, 0, 0, 2, 3, 4}));
 
     TriMesh unit = zoltest::MakeUnitCube();
     double average = 0;
-    ASSERT_EQ(CalculateTriMeshAverageEdgeLength(&unit, &average), 0);
+    ASSERT_EQ(CalculateTriMeshAverageEdgeLength(&unit, &average), RESULT_OK);
     EXPECT_DOUBLE_EQ(average, (2.0 + std::sqrt(2.0)) / 3.0);
     TriMesh grid = zoltest::MakeGrid(4, 3, 0.5);
-    ASSERT_EQ(CalculateTriMeshAverageEdgeLength(&grid, &average), 0);
+    ASSERT_EQ(CalculateTriMeshAverageEdgeLength(&grid, &average), RESULT_OK);
     EXPECT_DOUBLE_EQ(average, 0.5 * (2.0 + std::sqrt(2.0)) / 3.0);
 }
 
-TEST(MeshUtility, BadArgumentsLogOneLineAndReturnMinusTwo) {
+TEST(MeshUtility, BadArgumentsLogOneLineAndAreInvalidInput) {
     TriMesh cube = zoltest::MakeUnitCube();
     TriMesh empty;
     TriMesh broken = zoltest::MakeUnitCube();
@@ -167,7 +165,7 @@ TEST(MeshUtility, BadArgumentsLogOneLineAndReturnMinusTwo) {
     };
     std::vector<std::string> expected;
     for (const auto& c : cases) {
-        EXPECT_EQ(c.status, -2) << c.line;
+        EXPECT_EQ(c.status, RESULT_INVALID_INPUT) << c.line;
         expected.push_back(c.line);
     }
     EXPECT_EQ(log.Lines(), expected);

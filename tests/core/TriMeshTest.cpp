@@ -14,22 +14,8 @@
 #include "tests/common/TestData.h"
 
 using namespace ZOL;
-
-namespace {
-
-void ExpectVec(const Vector3& actual, const Vector3& expected) {
-    EXPECT_DOUBLE_EQ(actual.x, expected.x);
-    EXPECT_DOUBLE_EQ(actual.y, expected.y);
-    EXPECT_DOUBLE_EQ(actual.z, expected.z);
-}
-
-std::vector<int> Corners(const TriMesh& mesh, int triangle) {
-    int ids[3];
-    mesh.GetTriangleVertexIds(triangle, ids);
-    return {ids[0], ids[1], ids[2]};
-}
-
-}  // namespace
+using zoltest::Corners;
+using Ids = std::vector<int>;
 
 TEST(TriMesh, BuildsATriangleAndComputesItsNormal) {
     TriMesh mesh;
@@ -37,11 +23,11 @@ TEST(TriMesh, BuildsATriangleAndComputesItsNormal) {
     mesh.InsertVertex(Vector3(2, 0, 0));
     EXPECT_EQ(mesh.InsertVertex(Vector3(0, 2, 0)), 2);
     EXPECT_EQ(mesh.InsertTriangle(0, 1, 2), 0);
-    ExpectVec(mesh.GetTriangleNormal(0), Vector3());
+    EXPECT_EQ(mesh.GetTriangleNormal(0), Vector3());
     mesh.UpdateNormal();
-    ExpectVec(mesh.GetTriangleNormal(0), Vector3(0, 0, 1));
-    for (int i = 0; i < 3; ++i) ExpectVec(mesh.GetVertexNormal(i), Vector3(0, 0, 1));
-    ExpectVec(mesh.GetDefaultColor(), Vector3(0.86, 0.86, 0.86));
+    EXPECT_EQ(mesh.GetTriangleNormal(0), Vector3(0, 0, 1));
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(mesh.GetVertexNormal(i), Vector3(0, 0, 1));
+    EXPECT_EQ(mesh.GetDefaultColor(), Vector3(0.86, 0.86, 0.86));
     EXPECT_EQ(mesh.GetMeshType(), MESH_TYPE_UNKNOWN);
 }
 
@@ -51,34 +37,31 @@ TEST(TriMesh, AttributeArraysGrowInStepWithBlackForNewVertices) {
     mesh.InsertVertex(Vector3(1, 1, 1));
     mesh.SetVertexColor(0, Vector3(1, 0.5, 0.25));
     mesh.InsertVertex(Vector3(2, 2, 2), Vector3(0, 1, 0));
-    ExpectVec(mesh.GetVertexNormal(1), Vector3(0, 1, 0));
-    ExpectVec(mesh.GetVertexColor(1), Vector3(0, 0, 0));
-    ExpectVec(mesh.GetVertexTexcoord(1), Vector3(0, 0, 0));
+    EXPECT_EQ(mesh.GetVertexNormal(1), Vector3(0, 1, 0));
+    EXPECT_EQ(mesh.GetVertexColor(1), Vector3());
+    EXPECT_EQ(mesh.GetVertexTexcoord(1), Vector3());
     mesh.InsertTriangle(0, 1, 1);
     mesh.SetTriangleTexcoord(0, 2, Vector3(0.5, 0.75, 0));
-    ExpectVec(mesh.GetTriangleTexcoord(0, 2), Vector3(0.5, 0.75, 0));
-
+    EXPECT_EQ(mesh.GetTriangleTexcoord(0, 2), Vector3(0.5, 0.75, 0));
     // Switching triangle colour on later fills three zero entries per existing triangle.
     mesh.SetHasTriangleColor(true);
-    for (int k = 0; k < 3; ++k) ExpectVec(mesh.GetTriangleColor(0, k), Vector3());
     mesh.SetTriangleColor(0, 1, Vector3(0, 1, 0));
     EXPECT_EQ(mesh.InsertTriangle(1, 0, 0), 1);
-    ExpectVec(mesh.GetTriangleColor(0, 1), Vector3(0, 1, 0));
-    ExpectVec(mesh.GetTriangleColor(1, 1), Vector3());
-
+    EXPECT_EQ(mesh.GetTriangleColor(0, 0), Vector3());
+    EXPECT_EQ(mesh.GetTriangleColor(0, 1), Vector3(0, 1, 0));
+    EXPECT_EQ(mesh.GetTriangleColor(1, 1), Vector3());
     // Switching off keeps the values; vertices added meanwhile get zero entries on return.
     mesh.SetHasVertexColor(false);
     mesh.InsertVertex(Vector3(3, 3, 3));
     mesh.SetHasVertexColor(true);
-    ExpectVec(mesh.GetVertexColor(0), Vector3(1, 0.5, 0.25));
-    ExpectVec(mesh.GetVertexColor(2), Vector3());
-
+    EXPECT_EQ(mesh.GetVertexColor(0), Vector3(1, 0.5, 0.25));
+    EXPECT_EQ(mesh.GetVertexColor(2), Vector3());
     // Clear keeps the flags; rebuilt vertices start black.
     mesh.Clear();
     EXPECT_EQ(mesh.GetVertexCount(), 0);
     EXPECT_TRUE(mesh.HasVertexColor());
     mesh.InsertVertex(Vector3(4, 5, 6));
-    ExpectVec(mesh.GetVertexColor(0), Vector3());
+    EXPECT_EQ(mesh.GetVertexColor(0), Vector3());
 }
 
 TEST(TriMesh, SwapAndPopMoveRecordsWithTheirAttributes) {
@@ -94,30 +77,26 @@ TEST(TriMesh, SwapAndPopMoveRecordsWithTheirAttributes) {
     mesh.SwapVertex(3, 3);
     mesh.SwapTriangles(5, 5);
     mesh.PopbackVertices(-4);
-    ExpectVec(mesh.GetVertexCoord(0), Vector3(1, 1, 1));
-    ExpectVec(mesh.GetVertexNormal(0), normal7);
-    ExpectVec(mesh.GetVertexColor(0), Vector3(0.7, 0, 0));
-    ExpectVec(mesh.GetVertexColor(7), Vector3(0, 0, 0));
-    ExpectVec(mesh.GetVertexColor(3), Vector3(0.3, 0, 0));
-    // Corners are not renumbered by the container.
-    EXPECT_EQ(Corners(mesh, 0), (std::vector<int>{0, 2, 1}));
-
+    EXPECT_EQ(mesh.GetVertexCoord(0), Vector3(1, 1, 1));
+    EXPECT_EQ(mesh.GetVertexNormal(0), normal7);
+    EXPECT_EQ(mesh.GetVertexColor(0), Vector3(0.7, 0, 0));
+    EXPECT_EQ(mesh.GetVertexColor(7), Vector3(0, 0, 0));
+    EXPECT_EQ(mesh.GetVertexColor(3), Vector3(0.3, 0, 0));
+    EXPECT_EQ(Corners(mesh, 0), (Ids{0, 2, 1}));  // corners are not renumbered
     mesh.SwapTriangles(0, 11);
-    EXPECT_EQ(Corners(mesh, 0), (std::vector<int>{3, 7, 5}));
-    ExpectVec(mesh.GetTriangleColor(0, 2), Vector3(11, 2, 0));
-    ExpectVec(mesh.GetTriangleColor(11, 1), Vector3(0, 1, 0));
-
+    EXPECT_EQ(Corners(mesh, 0), (Ids{3, 7, 5}));
+    EXPECT_EQ(mesh.GetTriangleColor(0, 2), Vector3(11, 2, 0));
+    EXPECT_EQ(mesh.GetTriangleColor(11, 1), Vector3(0, 1, 0));
+    // Re-inserted elements get fresh (black) attributes, not the popped ones.
     mesh.PopbackVertices(2);
     mesh.PopbackTriangles(3);
-    // Re-inserted elements get fresh (black) attributes, not the popped ones.
     EXPECT_EQ(mesh.InsertVertex(Vector3(5, 5, 5)), 6);
-    ExpectVec(mesh.GetVertexColor(6), Vector3());
-    ExpectVec(mesh.GetVertexNormal(6), Vector3());
+    EXPECT_EQ(mesh.GetVertexColor(6), Vector3());
+    EXPECT_EQ(mesh.GetVertexNormal(6), Vector3());
     EXPECT_EQ(mesh.InsertTriangle(0, 1, 2), 9);
-    ExpectVec(mesh.GetTriangleColor(9, 0), Vector3());
-    ExpectVec(mesh.GetTriangleNormal(9), Vector3());
-
-    // Popping more than there is empties the mesh; the mesh is reusable afterwards.
+    EXPECT_EQ(mesh.GetTriangleColor(9, 0), Vector3());
+    EXPECT_EQ(mesh.GetTriangleNormal(9), Vector3());
+    // Popping more than there is empties the mesh, which stays usable.
     mesh.PopbackTriangles(100);
     mesh.PopbackVertices(100);
     EXPECT_EQ(mesh.GetTriangleCount(), 0);
@@ -130,17 +109,14 @@ TEST(TriMesh, CopiesAreDeepAndCarryFlagsColourAndType) {
     original.SetVertexColor(3, Vector3(0.1, 0.2, 0.3));
     original.SetDefaultColor(Vector3(1, 0, 0));
     original.SetMeshType(MESH_TYPE_SCAN);
-
-    TriMesh copy(original);
-    TriMesh assigned = zoltest::MakeSphere(8, 4, 1.0);
+    TriMesh copy(original), assigned = zoltest::MakeSphere(8, 4, 1.0), moveSource(original);
     assigned = original;
-    TriMesh moveSource(original);
     TriMesh moved = zoltest::MakeSphere(6, 3, 1.0);
     moved = std::move(moveSource);
     for (TriMesh* mesh : {&copy, &assigned, &moved}) {
         EXPECT_EQ(mesh->GetVertexCount(), 8);
-        ExpectVec(mesh->GetVertexColor(3), Vector3(0.1, 0.2, 0.3));
-        ExpectVec(mesh->GetDefaultColor(), Vector3(1, 0, 0));
+        EXPECT_EQ(mesh->GetVertexColor(3), Vector3(0.1, 0.2, 0.3));
+        EXPECT_EQ(mesh->GetDefaultColor(), Vector3(1, 0, 0));
         EXPECT_EQ(mesh->GetMeshType(), MESH_TYPE_SCAN);
         for (int t = 0; t < 12; ++t) EXPECT_EQ(Corners(*mesh, t), Corners(original, t));
         mesh->SetVertexCoord(0, Vector3(9, 9, 9));
@@ -149,21 +125,19 @@ TEST(TriMesh, CopiesAreDeepAndCarryFlagsColourAndType) {
         mesh->Clear();
     }
     original = original;  // self-assignment keeps the data
-    ExpectVec(original.GetVertexCoord(0), Vector3(0, 0, 0));
-    EXPECT_EQ(Corners(original, 0), (std::vector<int>{0, 2, 1}));
-    ExpectVec(original.GetVertexColor(3), Vector3(0.1, 0.2, 0.3));
-    // The moved-from mesh stays usable.
-    moveSource.Clear();
+    EXPECT_EQ(original.GetVertexCoord(0), Vector3(0, 0, 0));
+    EXPECT_EQ(Corners(original, 0), (Ids{0, 2, 1}));
+    EXPECT_EQ(original.GetVertexColor(3), Vector3(0.1, 0.2, 0.3));
+    moveSource.Clear();  // the moved-from mesh stays usable
     EXPECT_EQ(moveSource.InsertVertex(Vector3(1, 2, 3)), 0);
 }
 
 TEST(TriMesh, UpdateNormalGivesOutwardNormalsOnClosedShapes) {
+    // Corner normals are area-weighted, so they lean towards the faces split at that
+    // corner but always point out of the corner's octant.
     TriMesh cube = zoltest::MakeUnitCube();
-    // Corner normals are area-weighted over the corner's triangles, so they lean towards
-    // the faces split at that corner but always point out of the corner's octant.
     for (int i = 0; i < 8; ++i) {
-        const Vector3 corner = cube.GetVertexCoord(i);
-        const Vector3 normal = cube.GetVertexNormal(i);
+        const Vector3 corner = cube.GetVertexCoord(i), normal = cube.GetVertexNormal(i);
         EXPECT_NEAR(normal.Length(), 1.0, 1e-12);
         for (int k = 0; k < 3; ++k) EXPECT_GT(normal[k] * (corner[k] - 0.5), 0.0);
     }
@@ -173,68 +147,55 @@ TEST(TriMesh, UpdateNormalGivesOutwardNormalsOnClosedShapes) {
     }
 }
 
-TEST(TriMesh, UpdateNormalRepairsFromTheLastValidCorner) {
-    // A vertex on the cube edge 0-1 used only by a degenerate triangle takes the normal of
-    // that triangle's last valid corner.
-    struct Case {
-        int corners[3];  // -1 marks the new vertex
-        int donor;
-    };
-    const Case cases[] = {{{0, 1, -1}, 1}, {{1, 0, -1}, 0}, {{-1, 0, 1}, 1}, {{0, -1, 1}, 1}};
-    for (const Case& c : cases) {
-        TriMesh mesh = zoltest::MakeUnitCube();
-        const int v = mesh.InsertVertex(Vector3(0.5, 0, 0));
-        int ids[3];
-        for (int k = 0; k < 3; ++k) ids[k] = c.corners[k] < 0 ? v : c.corners[k];
-        mesh.InsertTriangle(ids[0], ids[1], ids[2]);
-        mesh.UpdateNormal();
-        ExpectVec(mesh.GetVertexNormal(v), mesh.GetVertexNormal(c.donor));
-        ExpectVec(mesh.GetTriangleNormal(12), Vector3());
-    }
-}
-
-TEST(TriMesh, UpdateNormalRepairsAcrossSeveralPassesAndSkipsBrokenTriangles) {
+TEST(TriMesh, UpdateNormalRepairsFromTheLastValidCornerOverSeveralPasses) {
     TriMesh mesh = zoltest::MakeUnitCube();
     const TriMesh reference(mesh);
-    // The first degenerate triangle has no valid corner until a later triangle repairs u1.
+    // A vertex on the edge 0-1 used only by a degenerate triangle takes the normal of
+    // that triangle's last valid corner.
+    const struct {
+        int corners[3];  // -1 marks the new vertex
+        int donor;
+    } cases[] = {{{0, 1, -1}, 1}, {{1, 0, -1}, 0}, {{-1, 0, 1}, 1}, {{0, -1, 1}, 1}};
+    Ids onEdge;
+    for (const auto& c : cases) {
+        onEdge.push_back(mesh.InsertVertex(Vector3(0.5, 0, 0)));
+        int ids[3];
+        for (int k = 0; k < 3; ++k) ids[k] = c.corners[k] < 0 ? onEdge.back() : c.corners[k];
+        mesh.InsertTriangle(ids[0], ids[1], ids[2]);
+    }
+    // This degenerate triangle has no valid corner until a later triangle repairs u1.
     const int u1 = mesh.InsertVertex(Vector3(-1, 0, 0));
     const int u2 = mesh.InsertVertex(Vector3(-2, 0, 0));
     const int u3 = mesh.InsertVertex(Vector3(-3, 0, 0));
     mesh.InsertTriangle(u2, u1, u3);
     mesh.InsertTriangle(0, 1, u1);
-    // A component made only of degenerate triangles keeps zero normals, as does an
-    // isolated vertex whatever normal it was given.
+    // A component of degenerate triangles keeps zero normals, as does an isolated vertex
+    // whatever normal it was given; triangles naming a missing vertex are skipped.
     const int w0 = mesh.InsertVertex(Vector3(7, 0, 0));
-    const int w1 = mesh.InsertVertex(Vector3(8, 0, 0));
-    const int w2 = mesh.InsertVertex(Vector3(9, 0, 0));
-    mesh.InsertTriangle(w0, w1, w2);
+    mesh.InsertVertex(Vector3(8, 0, 0));
+    mesh.InsertVertex(Vector3(9, 0, 0));
+    mesh.InsertTriangle(w0, w0 + 1, w0 + 2);
     const int isolated = mesh.InsertVertex(Vector3(5, 5, 5), Vector3(1, 0, 0));
-    // Triangles naming a missing vertex are skipped.
     mesh.InsertTriangle(0, 99, 1);
     mesh.InsertTriangle(-1, 2, 3);
     mesh.UpdateNormal();
-    const Vector3 donor = mesh.GetVertexNormal(1);
-    for (int u : {u1, u2, u3}) ExpectVec(mesh.GetVertexNormal(u), donor);
-    for (int w : {w0, w1, w2, isolated}) ExpectVec(mesh.GetVertexNormal(w), Vector3());
-    for (int v = 0; v < 8; ++v) ExpectVec(mesh.GetVertexNormal(v), reference.GetVertexNormalRef(v));
-    ExpectVec(mesh.GetTriangleNormal(15), Vector3());
-    ExpectVec(mesh.GetTriangleNormal(16), Vector3());
-}
-
-TEST(TriMesh, UpdateNormalRepairsVertexWhereOppositeTrianglesCancel) {
-    TriMesh mesh;
-    for (const Vector3& p : {Vector3(0, 0, 0), Vector3(1, 0, 0), Vector3(1, 1, 0), Vector3(0, 1, 0),
-                             Vector3(0.5, -1, 0)}) {
-        mesh.InsertVertex(p);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(mesh.GetVertexNormal(onEdge[i]), mesh.GetVertexNormal(cases[i].donor)) << i;
+        EXPECT_EQ(mesh.GetTriangleNormal(12 + i), Vector3());
     }
-    mesh.InsertTriangle(0, 1, 2);
-    mesh.InsertTriangle(0, 2, 3);
-    mesh.InsertTriangle(4, 1, 0);
-    mesh.InsertTriangle(4, 0, 1);
-    mesh.UpdateNormal();
-    ExpectVec(mesh.GetVertexNormal(4), Vector3(0, 0, 1));
-    ExpectVec(mesh.GetTriangleNormal(2), Vector3(0, 0, 1));
-    ExpectVec(mesh.GetTriangleNormal(3), Vector3(0, 0, -1));
+    for (int u : {u1, u2, u3}) EXPECT_EQ(mesh.GetVertexNormal(u), mesh.GetVertexNormal(1));
+    for (int w : {w0, w0 + 1, w0 + 2, isolated}) EXPECT_EQ(mesh.GetVertexNormal(w), Vector3());
+    for (int v = 0; v < 8; ++v) EXPECT_EQ(mesh.GetVertexNormal(v), reference.GetVertexNormalRef(v));
+    EXPECT_EQ(mesh.GetTriangleNormal(19), Vector3());
+    EXPECT_EQ(mesh.GetTriangleNormal(20), Vector3());
+
+    // Where a vertex's two triangles are opposite, their normals cancel: it takes a corner's.
+    TriMesh fold = zoltest::MakeMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0.5, -1, 0}},
+                                     {{0, 1, 2}, {0, 2, 3}, {4, 1, 0}, {4, 0, 1}});
+    fold.UpdateNormal();
+    EXPECT_EQ(fold.GetVertexNormal(4), Vector3(0, 0, 1));
+    EXPECT_EQ(fold.GetTriangleNormal(2), Vector3(0, 0, 1));
+    EXPECT_EQ(fold.GetTriangleNormal(3), Vector3(0, 0, -1));
 }
 
 TEST(TriMesh, UnifyCoordsCentresAndScalesTheBoundingBox) {
@@ -245,68 +206,71 @@ TEST(TriMesh, UnifyCoordsCentresAndScalesTheBoundingBox) {
     Vector3 center;
     mesh.UnifyCoords(1.5, &scale, &center);
     EXPECT_DOUBLE_EQ(scale, 1.0);
-    ExpectVec(center, Vector3(0.5, 1.5, 0.5));
-    ExpectVec(mesh.GetVertexCoord(7), Vector3(0.5, 1.5, 0.5));
-    ExpectVec(mesh.GetVertexCoord(0), Vector3(-0.5, -1.5, -0.5));
-
+    EXPECT_EQ(center, Vector3(0.5, 1.5, 0.5));
+    EXPECT_EQ(mesh.GetVertexCoord(7), Vector3(0.5, 1.5, 0.5));
+    EXPECT_EQ(mesh.GetVertexCoord(0), Vector3(-0.5, -1.5, -0.5));
     other.UnifyCoords(scale, center);
-    for (int i = 0; i < 8; ++i) ExpectVec(other.GetVertexCoord(i), mesh.GetVertexCoord(i));
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(other.GetVertexCoord(i), mesh.GetVertexCoord(i));
     mesh.UnifyCoords(3.0, nullptr, nullptr);
-    ExpectVec(mesh.GetVertexCoord(7), Vector3(1, 3, 1));
-
+    EXPECT_EQ(mesh.GetVertexCoord(7), Vector3(1, 3, 1));
     TriMesh point;
     point.InsertVertex(Vector3(2, 2, 2));
     point.UnifyCoords(1.0, &scale, &center);
     EXPECT_DOUBLE_EQ(scale, 1.0);
-    ExpectVec(point.GetVertexCoord(0), Vector3());
+    EXPECT_EQ(point.GetVertexCoord(0), Vector3());
 }
 
-TEST(TriMesh, FuseVertexWeldsACubeSoup) {
+TEST(TriMesh, FuseVertexWeldsACubeSoupKeepingFirstOccurrencesInOrder) {
     TriMesh soup = zoltest::MakeUnitCubeSoup();
-    EXPECT_EQ(soup.FuseVertex(), 0);
+    EXPECT_EQ(soup.FuseVertex(), RESULT_OK);
     EXPECT_EQ(soup.GetVertexCount(), 8);
     EXPECT_EQ(soup.GetTriangleCount(), 12);
-    // Survivors are the first occurrences in their original order: triangle 0 is 0, 2, 1.
-    EXPECT_EQ(Corners(soup, 0), (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(Corners(soup, 0), (Ids{0, 1, 2}));  // was cube corners 0, 2, 1
     // The welded mesh stays editable.
     EXPECT_EQ(soup.InsertVertex(Vector3(2, 2, 2)), 8);
     EXPECT_EQ(soup.InsertTriangle(7, 8, 6), 12);
-    EXPECT_EQ(Corners(soup, 12), (std::vector<int>{7, 8, 6}));
+    EXPECT_EQ(Corners(soup, 12), (Ids{7, 8, 6}));
 }
 
-TEST(TriMesh, FuseVertexDropsTrianglesThatCollapseAndKeepsAttributes) {
-    TriMesh mesh(true, false, false);
+TEST(TriMesh, FuseVertexDropsCollapsedTrianglesKeepsAttributesAndEveryNaNVertex) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    // (-0, 0, 0) welds with (0, 0, 0); triangle 1 collapses; 9 and 10 carry a NaN and stay
+    // apart, also from their bit-identical twins 11 and 12.
+    TriMesh mesh = zoltest::MakeMesh({{0, 0, 0},
+                                      {1, 0, 0},
+                                      {0, 1, 0},
+                                      {1, 0, 0},
+                                      {-0.0, 0, 0},
+                                      {0, 1, 0},
+                                      {1, 1, 0},
+                                      {0, 1, 0},
+                                      {1, 0, 0},
+                                      {nan, 0, 0},
+                                      {1, nan, 0},
+                                      {nan, 0, 0},
+                                      {1, nan, 0}},
+                                     {{0, 1, 2}, {3, 4, 8}, {8, 6, 7}, {0, 9, 10}, {3, 11, 12}});
+    mesh.SetHasVertexColor(true);
     mesh.SetHasTriangleColor(true);
-    const Vector3 points[] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 0, 0}, {-0.0, 0, 0},
-                              {0, 1, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 0}};
-    for (const Vector3& p : points) {
-        mesh.SetVertexColor(mesh.InsertVertex(p), Vector3(p.x, p.y, 0.5));
-    }
-    mesh.InsertTriangle(0, 1, 2);
-    mesh.InsertTriangle(3, 4, 8);  // (1,0,0), (0,0,0), (1,0,0): collapses
-    mesh.InsertTriangle(8, 6, 7);
-    for (int t = 0; t < 3; ++t) {
+    for (int i = 0; i < 13; ++i) mesh.SetVertexColor(i, Vector3(i, 0, 0.5));
+    for (int t = 0; t < 5; ++t) {
         for (int k = 0; k < 3; ++k) mesh.SetTriangleColor(t, k, Vector3(t, k, 1));
     }
-    EXPECT_EQ(mesh.FuseVertex(), 0);
-    EXPECT_EQ(mesh.GetVertexCount(), 4);
-    ASSERT_EQ(mesh.GetTriangleCount(), 2);
-    EXPECT_EQ(Corners(mesh, 0), (std::vector<int>{0, 1, 2}));
-    EXPECT_EQ(Corners(mesh, 1), (std::vector<int>{1, 3, 2}));
-    for (int i = 0; i < 4; ++i) {
-        const Vector3 p = mesh.GetVertexCoord(i);
-        ExpectVec(mesh.GetVertexColor(i), Vector3(p.x, p.y, 0.5));
-    }
-    for (int k = 0; k < 3; ++k) ExpectVec(mesh.GetTriangleColor(1, k), Vector3(2, k, 1));
+    EXPECT_EQ(mesh.FuseVertex(), RESULT_OK);
+    EXPECT_EQ(mesh.GetVertexCount(), 8);
+    ASSERT_EQ(mesh.GetTriangleCount(), 4);
+    const Ids expected[] = {{0, 1, 2}, {1, 3, 2}, {0, 4, 5}, {1, 6, 7}};
+    for (int t = 0; t < 4; ++t) EXPECT_EQ(Corners(mesh, t), expected[t]);
+    const int survivors[] = {0, 1, 2, 6, 9, 10, 11, 12};
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(mesh.GetVertexColor(i).x, survivors[i]);
+    EXPECT_TRUE(std::isnan(mesh.GetVertexCoord(6).x));
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(mesh.GetTriangleColor(1, k), Vector3(2, k, 1));
 }
 
 TEST(TriMesh, FuseVertexRefusesBadMeshesAndChangesNothing) {
-    TriMesh pair;
-    pair.InsertVertex(Vector3(0, 0, 0));
-    pair.InsertVertex(Vector3(0, 0, 0));
-    TriMesh past = zoltest::MakeUnitCubeSoup();
+    TriMesh pair = zoltest::MakeMesh({{0, 0, 0}, {0, 0, 0}}, {});
+    TriMesh past = zoltest::MakeUnitCubeSoup(), negative = zoltest::MakeUnitCubeSoup();
     past.SetTriangleVertexIds(4, 12, 36, 14);
-    TriMesh negative = zoltest::MakeUnitCubeSoup();
     negative.SetTriangleVertexIds(4, 12, -1, 14);
     const struct {
         TriMesh* mesh;
@@ -317,7 +281,7 @@ TEST(TriMesh, FuseVertexRefusesBadMeshesAndChangesNothing) {
     for (const auto& c : cases) {
         const TriMesh before(*c.mesh);
         zoltest::LogCapture log;
-        EXPECT_EQ(c.mesh->FuseVertex(), -2);
+        EXPECT_EQ(c.mesh->FuseVertex(), RESULT_INVALID_INPUT);
         EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
         EXPECT_EQ(c.mesh->GetVertexCount(), before.GetVertexCount());
         ASSERT_EQ(c.mesh->GetTriangleCount(), before.GetTriangleCount());
@@ -327,39 +291,21 @@ TEST(TriMesh, FuseVertexRefusesBadMeshesAndChangesNothing) {
     }
 }
 
-TEST(TriMesh, FuseVertexKeepsEveryVertexWithANaNCoordinate) {
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    TriMesh mesh;
-    // 0 and 3 weld; 1, 2, 4, 5 carry a NaN (bit-identical pairs included) and all stay.
-    for (const Vector3& p : {Vector3(0, 0, 0), Vector3(nan, 0, 0), Vector3(1, nan, 0),
-                             Vector3(0, 0, 0), Vector3(nan, 0, 0), Vector3(1, nan, 0)}) {
-        mesh.InsertVertex(p);
-    }
-    mesh.InsertTriangle(0, 1, 2);
-    mesh.InsertTriangle(3, 4, 5);
-    EXPECT_EQ(mesh.FuseVertex(), 0);
-    EXPECT_EQ(mesh.GetVertexCount(), 5);
-    EXPECT_EQ(Corners(mesh, 0), (std::vector<int>{0, 1, 2}));
-    EXPECT_EQ(Corners(mesh, 1), (std::vector<int>{0, 3, 4}));
-    EXPECT_TRUE(std::isnan(mesh.GetVertexCoord(3).x));
-}
-
-TEST(TriMesh, FuseVertexOfALargeSoupMatchesABruteForceWeld) {
-    // A grid soup big enough to span many record chunks: every interior grid point is
-    // shared by six triangles and must come out once, with -0 and +0 treated alike.
+TEST(TriMesh, FuseVertexOfALargeSoupMatchesTheGridItCameFrom) {
+    // Big enough to span many record chunks: every interior grid point is shared by six
+    // triangles and must come out once, with -0 and +0 treated alike.
     const TriMesh grid = zoltest::MakeGrid(40, 30, 0.25);
     TriMesh soup;
     for (int t = 0; t < grid.GetTriangleCount(); ++t) {
-        const int* ids = grid.GetTriangleVertexIdsRef(t);
         int corner[3];
         for (int k = 0; k < 3; ++k) {
-            Vector3 p = grid.GetVertexCoordRef(ids[k]);
+            Vector3 p = grid.GetVertexCoordRef(grid.GetTriangleVertexIdsRef(t)[k]);
             if (t % 2 == 1 && p.x == 0) p.x = -0.0;
             corner[k] = soup.InsertVertex(p);
         }
         soup.InsertTriangle(corner[0], corner[1], corner[2]);
     }
-    ASSERT_EQ(soup.FuseVertex(), 0);
+    ASSERT_EQ(soup.FuseVertex(), RESULT_OK);
     ASSERT_EQ(soup.GetVertexCount(), grid.GetVertexCount());
     ASSERT_EQ(soup.GetTriangleCount(), grid.GetTriangleCount());
     for (int t = 0; t < grid.GetTriangleCount(); ++t) {

@@ -10,14 +10,11 @@
 
 using namespace ZOL;
 
-TEST(Vector3, NormaliseReturnsPriorLength) {
+TEST(Vector3, NormaliseReturnsThePriorLengthAndLeavesTooShortVectorsUnchanged) {
     Vector3 v(3, 4, 0);
     EXPECT_DOUBLE_EQ(v.Normalise(), 5.0);
     EXPECT_DOUBLE_EQ(v.x, 0.6);
     EXPECT_DOUBLE_EQ(v.y, 0.8);
-}
-
-TEST(Vector3, TooShortVectorsAreLeftUnchanged) {
     // Vector2 divides at length == REAL_TOL, Vector3 only above it.
     const struct {
         double x, afterVector3, afterVector2;

@@ -1,9 +1,8 @@
 // Other programs accept what we write: admesh reads our binary STL, assimp reads our
-// OBJ, PLY, OFF and STL, and POV-Ray renders our mesh2 objects and cylinders. A missing
-// tool is installed with apt-get when we can; the test is skipped only when we cannot.
+// OBJ, PLY, OFF and STL, and POV-Ray renders our mesh2 objects and cylinders. `make test`
+// installs the tools first; a test whose tool is missing is skipped with a message.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
 #include <cstdlib>
 #include <fstream>
 
@@ -17,23 +16,11 @@ using namespace ZOL;
 
 namespace {
 
-bool HasCommand(const std::string& command) {
+bool HasTool(const std::string& command) {
     return std::system(("command -v " + command + " >/dev/null 2>&1").c_str()) == 0;
 }
-
-// True when \p command is available, installing \p package first if needed.
-bool EnsureTool(const std::string& command, const std::string& package) {
-    if (HasCommand(command)) return true;
-    if (geteuid() != 0) return false;
-    std::system(
-        ("DEBIAN_FRONTEND=noninteractive apt-get install -y -qq -o DPkg::Lock::Timeout=120 " +
-         package +
-         " >/dev/null 2>&1 || (apt-get update -qq >/dev/null 2>&1 && "
-         "DEBIAN_FRONTEND=noninteractive apt-get install -y -qq -o DPkg::Lock::Timeout=120 " +
-         package + " >/dev/null 2>&1)")
-            .c_str());
-    return HasCommand(command);
-}
+#define SKIP_WITHOUT(tool) \
+    if (!HasTool(tool)) GTEST_SKIP() << tool << " is not installed; `make test` installs it"
 
 // Runs \p command with its output captured. \return the exit status.
 int RunTool(const std::string& command, std::string& output) {
@@ -57,10 +44,10 @@ long NumberAfter(const std::string& text, const std::string& label) {
 }  // namespace
 
 TEST(ExternalTool, AdmeshReadsOurBinaryStl) {
-    if (!EnsureTool("admesh", "admesh")) GTEST_SKIP() << "admesh cannot be installed";
+    SKIP_WITHOUT("admesh");
     TriMesh sphere = zoltest::MakeSphere(16, 8, 1.0);
     const std::string name = zoltest::ScratchPath("sphere.stl");
-    ASSERT_EQ(Parser::ExportTriMesh(name, &sphere), 0);
+    ASSERT_EQ(Parser::ExportTriMesh(name, &sphere), RESULT_OK);
     std::string output;
     ASSERT_EQ(RunTool("admesh " + name, output), 0) << output;
     EXPECT_NE(output.find("Binary STL file"), std::string::npos) << output;
@@ -71,12 +58,12 @@ TEST(ExternalTool, AdmeshReadsOurBinaryStl) {
 }
 
 TEST(ExternalTool, AssimpReadsEveryFormatWeWrite) {
-    if (!EnsureTool("assimp", "assimp-utils")) GTEST_SKIP() << "assimp cannot be installed";
+    SKIP_WITHOUT("assimp");
     TriMesh sphere = zoltest::MakeSphere(16, 8, 1.0);
     for (const char* extension : {"obj", "ply", "off", "stl"}) {
         SCOPED_TRACE(extension);
         const std::string name = zoltest::ScratchPath(std::string("sphere.") + extension);
-        ASSERT_EQ(Parser::ExportTriMesh(name, &sphere), 0);
+        ASSERT_EQ(Parser::ExportTriMesh(name, &sphere), RESULT_OK);
         std::string output;
         ASSERT_EQ(RunTool("assimp info " + name, output), 0) << output;
         EXPECT_EQ(NumberAfter(output, "Faces"), sphere.GetTriangleCount()) << output;
@@ -87,7 +74,7 @@ TEST(ExternalTool, AssimpReadsEveryFormatWeWrite) {
 }
 
 TEST(ExternalTool, PovRayRendersOurMeshAndCylinders) {
-    if (!EnsureTool("povray", "povray")) GTEST_SKIP() << "povray cannot be installed";
+    SKIP_WITHOUT("povray");
     TriMesh sphere = zoltest::MakeSphere(24, 12, 1.0);
     sphere.SetHasVertexColor(true);
     for (int i = 0; i < sphere.GetVertexCount(); ++i) {
@@ -100,14 +87,14 @@ TEST(ExternalTool, PovRayRendersOurMeshAndCylinders) {
     const std::string plain = zoltest::ScratchPath("plain.inc");
     const std::string textured = zoltest::ScratchPath("textured.inc");
     const std::string segments = zoltest::ScratchPath("segments.inc");
-    ASSERT_EQ(Parser::ExportTriMeshToPovray(colored, &sphere, nullptr), 0);
-    ASSERT_EQ(Parser::ExportTriMeshToPovray(plain, &cube, &red), 0);
-    ASSERT_EQ(Parser::ExportTextureTriMeshToPovray(textured, &cube), 0);
+    ASSERT_EQ(Parser::ExportTriMeshToPovray(colored, &sphere, nullptr), RESULT_OK);
+    ASSERT_EQ(Parser::ExportTriMeshToPovray(plain, &cube, &red), RESULT_OK);
+    ASSERT_EQ(Parser::ExportTextureTriMeshToPovray(textured, &cube), RESULT_OK);
     ASSERT_EQ(
         Parser::ExportLineSegmentToPovray(
             segments, {Vector3(-2, -1, 0), Vector3(2, -1, 0), Vector3(0, -2, 0), Vector3(0, 2, 0)},
             0.05, Vector3(0, 1, 0)),
-        0);
+        RESULT_OK);
     const std::string scene = zoltest::ScratchPath("scene.pov");
     std::ofstream(scene) << "camera { location <0, 0, -6> look_at <0, 0, 0> }\n"
                             "light_source { <10, 10, -10> color rgb <1, 1, 1> }\n"

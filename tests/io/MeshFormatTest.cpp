@@ -22,11 +22,8 @@ namespace {
 
 // Three vertices whose numbers exercise the six-digit formatting, one triangle.
 TriMesh Small(bool colored) {
-    TriMesh mesh;
-    mesh.InsertVertex(Vector3(0.1, -0.0, 1e-05));
-    mesh.InsertVertex(Vector3(1234567.0, 2.5, -3));
-    mesh.InsertVertex(Vector3(1.0 / 3, 100, 0.000123456789));
-    mesh.InsertTriangle(0, 1, 2);
+    TriMesh mesh = zoltest::MakeMesh(
+        {{0.1, -0.0, 1e-05}, {1234567.0, 2.5, -3}, {1.0 / 3, 100, 0.000123456789}}, {{0, 1, 2}});
     if (colored) {
         mesh.SetHasVertexColor(true);
         mesh.SetVertexColor(0, Vector3(1, 0.5, 0));
@@ -34,10 +31,6 @@ TriMesh Small(bool colored) {
         mesh.SetVertexColor(2, Vector3(0.25, 0.75, 0.1));
     }
     return mesh;
-}
-
-std::unique_ptr<TriMesh> Import(const std::string& path) {
-    return std::unique_ptr<TriMesh>(Parser::ImportTriMesh(path));
 }
 
 float FloatAt(const std::string& bytes, std::size_t offset) {
@@ -51,7 +44,7 @@ float FloatAt(const std::string& bytes, std::size_t offset) {
 TEST(MeshFormat, ExportWritesTheFormatOfTheExtension) {
     TriMesh cube = zoltest::MakeUnitCube();
     const std::string name = zoltest::ScratchPath("cube.obj");
-    EXPECT_EQ(Parser::ExportTriMesh(name, &cube), 0);
+    EXPECT_EQ(Parser::ExportTriMesh(name, &cube), RESULT_OK);
     EXPECT_EQ(zoltest::ReadLines(name).size(), 20u);
 }
 
@@ -85,11 +78,11 @@ TEST(MeshFormat, TextFormatsAreExactAndOnlyTriMeshColoursAreWritten) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.extension);
         const std::string name = zoltest::ScratchPath(std::string("small.") + c.extension);
-        ASSERT_EQ(Parser::ExportTriMesh(name, &colored), 0);
+        ASSERT_EQ(Parser::ExportTriMesh(name, &colored), RESULT_OK);
         EXPECT_EQ(zoltest::ReadFile(name), c.colored);
-        ASSERT_EQ(Parser::ExportTriMesh(name, &host), 0);
+        ASSERT_EQ(Parser::ExportTriMesh(name, &host), RESULT_OK);
         EXPECT_EQ(zoltest::ReadFile(name), c.plain);
-        ASSERT_EQ(Parser::ExportTriMesh(name, &uncolored), 0);
+        ASSERT_EQ(Parser::ExportTriMesh(name, &uncolored), RESULT_OK);
         EXPECT_EQ(zoltest::ReadFile(name), c.plain);
     }
 }
@@ -97,7 +90,7 @@ TEST(MeshFormat, TextFormatsAreExactAndOnlyTriMeshColoursAreWritten) {
 TEST(MeshFormat, StlBytesFollowTheBinaryLayout) {
     TriMesh cube = zoltest::MakeUnitCube();
     const std::string name = zoltest::ScratchPath("cube.stl");
-    ASSERT_EQ(Parser::ExportTriMesh(name, &cube), 0);
+    ASSERT_EQ(Parser::ExportTriMesh(name, &cube), RESULT_OK);
     const std::string bytes = zoltest::ReadFile(name);
     ASSERT_EQ(bytes.size(), 84u + 50u * 12u);
     EXPECT_EQ(bytes.substr(0, 80), std::string("zolshapetoolkits mesh") + std::string(59, '\0'));
@@ -122,7 +115,7 @@ TEST(MeshFormat, ZptTextIsExact) {
     mesh.SetHasTriangleTexCoord(true);
     mesh.SetTriangleTexcoord(0, 1, Vector3(0.5, 0.25, 0));
     const std::string name = zoltest::ScratchPath("small.zpt");
-    ASSERT_EQ(Parser::ExportTriMesh(name, &mesh), 0);
+    ASSERT_EQ(Parser::ExportTriMesh(name, &mesh), RESULT_OK);
     EXPECT_EQ(zoltest::ReadFile(name),
               "1 3 1 3\n"
               "0.1 -0 1e-05 0 0 1 1 0.5 0\n"
@@ -143,20 +136,24 @@ TEST(MeshFormat, ExportFailuresHaveTheirStatusAndLine) {
         int status;
         std::string line;
     } cases[] = {
-        {"noextension", &cube, -2, "Parser::ExportTriMesh: invalid fileName: noextension"},
-        {"cube.3ds", &cube, -1, "Parser::ExportTriMesh: not support format"},
-        {"host.zpt", &host, -1, "Parser::ExportTriMesh: not support format"},
-        {"null.obj", nullptr, -2, "ExportMeshByOBJ: triMesh is NULL"},
-        {"null.stl", nullptr, -2, "ExportMeshBySTL2Binary: triMesh is NULL"},
-        {"null.ply", nullptr, -2, "ExportMeshByPLYWithoutColor: triMesh is NULL"},
-        {"null.off", nullptr, -2, "ExportMeshByOFF: triMesh is NULL"},
-        {"null.zpt", nullptr, -2, "ExportMeshByZPT: triMesh is NULL"},
-        {"no_dir/cube.obj", &cube, -2, "ExportMeshByOBJ: file could not open"},
-        {"no_dir/cube.stl", &cube, -2, "ExportMeshBySTL2Binary: file could not open"},
-        {"no_dir/cube.ply", &cube, -2, "ExportMeshByPLYWithoutColor: file could not open"},
-        {"no_dir/colored.ply", &colored, -2, "ExportMeshByPLYWithColor: file could not open"},
-        {"no_dir/cube.off", &cube, -2, "ExportMeshByOFF: file could not open "},
-        {"no_dir/cube.zpt", &cube, -2, "ExportMeshByZPT: file could not open"},
+        {"noextension", &cube, RESULT_INVALID_INPUT,
+         "Parser::ExportTriMesh: invalid fileName: noextension"},
+        {"cube.3ds", &cube, RESULT_FAIL, "Parser::ExportTriMesh: not support format"},
+        {"host.zpt", &host, RESULT_FAIL, "Parser::ExportTriMesh: not support format"},
+        {"null.obj", nullptr, RESULT_INVALID_INPUT, "ExportMeshByOBJ: triMesh is NULL"},
+        {"null.stl", nullptr, RESULT_INVALID_INPUT, "ExportMeshBySTL2Binary: triMesh is NULL"},
+        {"null.ply", nullptr, RESULT_INVALID_INPUT, "ExportMeshByPLYWithoutColor: triMesh is NULL"},
+        {"null.off", nullptr, RESULT_INVALID_INPUT, "ExportMeshByOFF: triMesh is NULL"},
+        {"null.zpt", nullptr, RESULT_INVALID_INPUT, "ExportMeshByZPT: triMesh is NULL"},
+        {"no_dir/cube.obj", &cube, RESULT_INVALID_INPUT, "ExportMeshByOBJ: file could not open"},
+        {"no_dir/cube.stl", &cube, RESULT_INVALID_INPUT,
+         "ExportMeshBySTL2Binary: file could not open"},
+        {"no_dir/cube.ply", &cube, RESULT_INVALID_INPUT,
+         "ExportMeshByPLYWithoutColor: file could not open"},
+        {"no_dir/colored.ply", &colored, RESULT_INVALID_INPUT,
+         "ExportMeshByPLYWithColor: file could not open"},
+        {"no_dir/cube.off", &cube, RESULT_INVALID_INPUT, "ExportMeshByOFF: file could not open "},
+        {"no_dir/cube.zpt", &cube, RESULT_INVALID_INPUT, "ExportMeshByZPT: file could not open"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -168,7 +165,8 @@ TEST(MeshFormat, ExportFailuresHaveTheirStatusAndLine) {
 
 TEST(MeshFormat, EveryFormatRoundTripsToTheSameBytes) {
     // Writing what we read gives the same file again, and the geometry survives to
-    // six significant digits (STL: single precision, three vertices per triangle).
+    // six significant digits (STL: single precision, three vertices per triangle). The
+    // extension is the text after the last dot, in any case.
     TriMesh sphere = zoltest::MakeSphere(24, 12, 2.0);
     sphere.SetHasVertexColor(true);
     sphere.SetHasTriangleTexCoord(true);
@@ -178,16 +176,18 @@ TEST(MeshFormat, EveryFormatRoundTripsToTheSameBytes) {
         for (int k = 0; k < 3; ++k)
             sphere.SetTriangleTexcoord(t, k, Vector3((t % 16) / 16.0, k / 4.0, 0));
     }
-    for (const std::string extension : {"obj", "stl", "off", "ply", "zpt"}) {
+    for (const std::string extension : {"obj", "b.STL", "off", "ply", "zpt"}) {
         SCOPED_TRACE(extension);
         const std::string first = zoltest::ScratchPath("first." + extension);
         const std::string second = zoltest::ScratchPath("second." + extension);
-        ASSERT_EQ(Parser::ExportTriMesh(first, &sphere), 0);
-        std::unique_ptr<TriMesh> back = Import(first);
+        ASSERT_EQ(Parser::ExportTriMesh(first, &sphere), RESULT_OK);
+        std::unique_ptr<TriMesh> back = zoltest::ImportMesh(first);
         ASSERT_NE(back, nullptr);
         ASSERT_EQ(back->GetTriangleCount(), sphere.GetTriangleCount());
-        ASSERT_EQ(Parser::ExportTriMesh(second, back.get()), 0);
-        if (extension != "stl") {
+        ASSERT_EQ(Parser::ExportTriMesh(second, back.get()), RESULT_OK);
+        const bool stl = extension == "b.STL";
+        EXPECT_EQ(zoltest::ReadFile(first).substr(0, 21) == "zolshapetoolkits mesh", stl);
+        if (!stl) {
             EXPECT_EQ(zoltest::ReadFile(first), zoltest::ReadFile(second));
             EXPECT_EQ(back->GetVertexCount(), sphere.GetVertexCount());
         }
@@ -200,7 +200,7 @@ TEST(MeshFormat, EveryFormatRoundTripsToTheSameBytes) {
             }
         }
         EXPECT_LT(largest, 1e-5);
-        const bool keepsColour = extension != "stl" && extension != "off";
+        const bool keepsColour = !stl && extension != "off";
         EXPECT_EQ(back->HasVertexColor(), keepsColour);
         if (keepsColour) {
             EXPECT_NEAR(back->GetVertexColor(200).x, 200 / 255.0, 1e-6);
@@ -224,23 +224,23 @@ TEST(MeshFormat, ReadersAndWritersIgnoreTheGlobalLocale) {
     const std::string offText = "OFF\n3 1 0\n1234.5 0 0\n0 2.25 0\n0 0 0.001\n3 0 1 2\n";
     const std::string off = zoltest::ScratchPath("locale.off");
     const std::string asc = zoltest::ScratchPath("locale.asc");
-    std::ofstream(off) << "OFF\n3 1 0\n1234.5 0 0\n0 2.25 0\n0 0 1e-3\n3 0 1 2\n";
-    std::ofstream(asc) << "1234.5 2.25 1e-3\n";
+    zoltest::WriteFile(off, "OFF\n3 1 0\n1234.5 0 0\n0 2.25 0\n0 0 1e-3\n3 0 1 2\n");
+    zoltest::WriteFile(asc, "1234.5 2.25 1e-3\n");
     const std::locale previous =
         std::locale::global(std::locale(std::locale::classic(), new CommaPunct));
-    std::unique_ptr<TriMesh> mesh = Import(off);
+    std::unique_ptr<TriMesh> mesh = zoltest::ImportMesh(off);
     std::unique_ptr<PointCloud> cloud(Parser::ImportPointCloud(asc));
     const std::string meshCopy = zoltest::ScratchPath("copy.off");
     const std::string cloudCopy = zoltest::ScratchPath("copy.asc");
-    const int meshStatus = mesh ? Parser::ExportTriMesh(meshCopy, mesh.get()) : -99;
-    const int cloudStatus = cloud ? Parser::ExportPointCloud(cloudCopy, cloud.get()) : -99;
+    const int meshStatus = mesh ? Parser::ExportTriMesh(meshCopy, mesh.get()) : RESULT_FAIL;
+    const int cloudStatus = cloud ? Parser::ExportPointCloud(cloudCopy, cloud.get()) : RESULT_FAIL;
     std::locale::global(previous);
     ASSERT_NE(mesh, nullptr);
     ASSERT_NE(cloud, nullptr);
     EXPECT_EQ(mesh->GetVertexCoordRef(0).x, 1234.5);
     EXPECT_EQ(cloud->GetPointCoord(0).y, 2.25);
-    EXPECT_EQ(meshStatus, 0);
-    EXPECT_EQ(cloudStatus, 0);
+    EXPECT_EQ(meshStatus, RESULT_OK);
+    EXPECT_EQ(cloudStatus, RESULT_OK);
     EXPECT_EQ(zoltest::ReadFile(meshCopy), offText);
     EXPECT_EQ(zoltest::ReadFile(cloudCopy), "1234.5 2.25 0.001\n");
 }

@@ -8,11 +8,11 @@
 #include <zol/io/Parser.h>
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/runtime/ApiProgress.h>
-#include <zol/runtime/ThreadCount.h>
 
 #include "tests/common/MeshFactory.h"
 #include "tests/common/MeshHelpers.h"
 #include "tests/common/TestData.h"
+#include "tests/common/ThreadCountScope.h"
 
 using namespace ZOL;
 
@@ -29,8 +29,8 @@ TriMesh Moved(TriMesh mesh, const Vector3& by) {
 TEST(MeasureMesh, UnitCubeHasAreaSixAndVolumeOne) {
     TriMesh cube = zoltest::MakeUnitCube();
     double area = 0.0, volume = 0.0;
-    ASSERT_EQ(MeasureMesh::ComputeArea(&cube, area), 0);
-    ASSERT_EQ(MeasureMesh::ComputeVolume(&cube, volume), 0);
+    ASSERT_EQ(MeasureMesh::ComputeArea(&cube, area), RESULT_OK);
+    ASSERT_EQ(MeasureMesh::ComputeVolume(&cube, volume), RESULT_OK);
     EXPECT_NEAR(area, 6.0, 1e-14);
     EXPECT_NEAR(volume, 1.0, 1e-14);
 }
@@ -42,10 +42,8 @@ TEST(MeasureMesh, KnownAnswersOfReorientedOpenAndDegenerateMeshes) {
         reversed.GetTriangleVertexIds(t, ids);
         reversed.SetTriangleVertexIds(t, ids[0], ids[2], ids[1]);
     }
-    TriMesh flat;
-    for (int i = 0; i < 3; ++i) flat.InsertVertex(Vector3(i, i, i));
-    flat.InsertTriangle(0, 1, 2);
-    flat.InsertTriangle(0, 0, 1);
+    const TriMesh flat =
+        zoltest::MakeMesh({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, {{0, 1, 2}, {0, 0, 1}});
     const struct {
         const char* name;
         TriMesh mesh;
@@ -62,8 +60,8 @@ TEST(MeasureMesh, KnownAnswersOfReorientedOpenAndDegenerateMeshes) {
     };
     for (const auto& c : cases) {
         double area = -1.0, volume = -1.0;
-        ASSERT_EQ(MeasureMesh::ComputeArea(&c.mesh, area), 0) << c.name;
-        ASSERT_EQ(MeasureMesh::ComputeVolume(&c.mesh, volume), 0) << c.name;
+        ASSERT_EQ(MeasureMesh::ComputeArea(&c.mesh, area), RESULT_OK) << c.name;
+        ASSERT_EQ(MeasureMesh::ComputeVolume(&c.mesh, volume), RESULT_OK) << c.name;
         EXPECT_NEAR(area, c.area, 1e-13) << c.name;
         EXPECT_NEAR(volume, c.volume, 1e-13) << c.name;
     }
@@ -90,7 +88,7 @@ TEST(MeasureMesh, BadMeshesAreLoggedAndLeaveTheResult) {
         double result = 5.0;
         EXPECT_EQ(c.volume ? MeasureMesh::ComputeVolume(c.mesh, result)
                            : MeasureMesh::ComputeArea(c.mesh, result),
-                  -2);
+                  RESULT_INVALID_INPUT);
         EXPECT_EQ(result, 5.0);
         EXPECT_EQ(GetApiProgress(), 0.0);
         EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
@@ -106,17 +104,15 @@ TEST(MeasureMesh, HostMeshAndThreadCountGiveBitIdenticalSums) {
         grid.SetVertexCoord(v, p);
     }
     zoltest::ForwardingMesh host(grid);
-    const int saved = GetThreadCount();
     // 1 thread on the TriMesh, the host mesh, then 2, 3 (uneven shares) and 8 threads.
     const int threadCounts[] = {1, 1, 2, 3, 8};
     double results[5][2];
     for (int i = 0; i < 5; ++i) {
-        SetThreadCount(threadCounts[i]);
+        zoltest::ThreadCountScope threads(threadCounts[i]);
         const ITriMesh* mesh = (i == 1) ? static_cast<const ITriMesh*>(&host) : &grid;
-        ASSERT_EQ(MeasureMesh::ComputeArea(mesh, results[i][0]), 0);
-        ASSERT_EQ(MeasureMesh::ComputeVolume(mesh, results[i][1]), 0);
+        ASSERT_EQ(MeasureMesh::ComputeArea(mesh, results[i][0]), RESULT_OK);
+        ASSERT_EQ(MeasureMesh::ComputeVolume(mesh, results[i][1]), RESULT_OK);
     }
-    SetThreadCount(saved);
     for (int i = 1; i < 5; ++i) {
         EXPECT_EQ(results[i][0], results[0][0]) << threadCounts[i];
         EXPECT_EQ(results[i][1], results[0][1]) << threadCounts[i];
@@ -124,7 +120,7 @@ TEST(MeasureMesh, HostMeshAndThreadCountGiveBitIdenticalSums) {
 }
 
 TEST(MeasureMesh, BunnyAreaMatchesAnIndependentSum) {
-    std::unique_ptr<TriMesh> mesh(Parser::ImportTriMesh(zoltest::DataPath("meshes/bunny.off")));
+    std::unique_ptr<TriMesh> mesh = zoltest::ImportMesh(zoltest::DataPath("meshes/bunny.off"));
     ASSERT_NE(mesh, nullptr);
     ASSERT_EQ(mesh->GetTriangleCount(), 6966);
     // Heron's formula per triangle as the oracle.
@@ -139,6 +135,6 @@ TEST(MeasureMesh, BunnyAreaMatchesAnIndependentSum) {
         expected += h > 0 ? std::sqrt(h) : 0.0L;
     }
     double area = 0.0;
-    ASSERT_EQ(MeasureMesh::ComputeArea(mesh.get(), area), 0);
+    ASSERT_EQ(MeasureMesh::ComputeArea(mesh.get(), area), RESULT_OK);
     EXPECT_NEAR(area, static_cast<double>(expected), 1e-9 * area);
 }

@@ -72,67 +72,54 @@ std::vector<uint32_t> Walk(TriMesh& mesh,
 
 }  // namespace
 
-TEST(MeshQueryTool, InitOnACubeBuildsATreeAndQueriesAreNotAvailable) {
+TEST(MeshQueryTool, InitOnACubeBuildsATree) {
     TriMesh cube = zoltest::MakeUnitCube();
     MeshQueryTool tool;
-    EXPECT_EQ(tool._GetInitializedStatus(), -5);
-    EXPECT_EQ(tool._GetMaxSearchRadius(), 1.7e308);
-    EXPECT_EQ(tool._GetTree(), nullptr);
-    EXPECT_EQ(tool.Init(&cube), 0);
-    EXPECT_EQ(tool._GetInitializedStatus(), 0);
+    EXPECT_EQ(tool._GetInitializedStatus(), RESULT_NOT_READY);
+    EXPECT_EQ(tool.Init(&cube), RESULT_OK);
+    EXPECT_EQ(tool._GetInitializedStatus(), RESULT_OK);
     EXPECT_EQ(tool._GetReferenceMesh(), &cube);
-    PointOnFace face;
-    double distance = 0;
-    std::vector<PointOnFace> faces;
-    std::vector<double> distances;
-    std::vector<Vector3> positions;
-    EXPECT_EQ(tool.QueryNearestTriangle(Vector3(), &face, &distance), RESULT_NOT_AVAILABLE);
-    EXPECT_EQ(tool.QueryNearestTriangles({Vector3()}, &faces, &distances), RESULT_NOT_AVAILABLE);
-    EXPECT_EQ(tool.RayIntersections(Vector3(), Vector3(0, 0, 1), 1, &faces, &distances, &positions),
-              RESULT_NOT_AVAILABLE);
+    EXPECT_NE(tool._GetTree(), nullptr);
 }
 
 TEST(MeshQueryTool, FailedInitsLogAndStoreTheirStatus) {
     zoltest::LogCapture log;
     TriMesh cube = zoltest::MakeUnitCube();
     MeshQueryTool tool;
-    ASSERT_EQ(tool.Init(&cube), 0);
+    ASSERT_EQ(tool.Init(&cube), RESULT_OK);
     const MeshQueryTree* tree = tool._GetTree();
-    EXPECT_EQ(tool.Init(nullptr), -1);
-    EXPECT_EQ(tool._GetInitializedStatus(), -1);
+    EXPECT_EQ(tool.Init(nullptr), RESULT_FAIL);
+    EXPECT_EQ(tool._GetInitializedStatus(), RESULT_FAIL);
     EXPECT_EQ(tool._GetReferenceMesh(), &cube);
     EXPECT_EQ(tool._GetTree(), tree);
-    TriMesh empty;  // no triangles: no root box
-    empty.InsertVertex(Vector3());
-    EXPECT_EQ(tool.Init(&empty), -1);
-    EXPECT_EQ(tool._GetInitializedStatus(), -1);
+    TriMesh empty = zoltest::MakeMesh({{0, 0, 0}}, {});  // no triangles: no root box
+    EXPECT_EQ(tool.Init(&empty), RESULT_FAIL);
+    EXPECT_EQ(tool._GetInitializedStatus(), RESULT_FAIL);
     EXPECT_EQ(tool._GetReferenceMesh(), &empty);
     TriMesh broken = zoltest::MakeUnitCube();
     broken.SetVertexCoord(3, Vector3(std::nan(""), 0, 0));
-    EXPECT_EQ(tool.Init(&broken), -1);
+    EXPECT_EQ(tool.Init(&broken), RESULT_FAIL);
     EXPECT_EQ(log.Lines(),
               (std::vector<std::string>{
                   "MeshQueryTool::Init failed: reference mesh is NULL.", "Empty Node. ",
                   "TreeNode::ComputeBoundingBox: building self-adjoint eigen solver failed. "}));
-    EXPECT_EQ(tool.Init(&cube), 0);  // a later good Init recovers
+    EXPECT_EQ(tool.Init(&cube), RESULT_OK);  // a later good Init recovers
 }
 
 TEST(MeshQueryTool, SmallOrUnsplittableMeshesGiveASingleLeaf) {
-    TriMesh four;
-    for (int i = 0; i < 6; ++i) four.InsertVertex(Vector3(i, i * i, 0.5 * i));
-    for (int i = 0; i < 4; ++i) four.InsertTriangle(i, i + 1, i + 2);
-    // Ten copies of one triangle share every centroid and every side.
-    TriMesh copies;
-    for (const Vector3& p : {Vector3(0, 0, 0), Vector3(1, 0, 0), Vector3(0, 2, 0)})
-        copies.InsertVertex(p);
-    for (int i = 0; i < 10; ++i) copies.InsertTriangle(0, 1, 2);
-    // Six triangles collapsed onto one point: a zero covariance, no side to split by.
-    TriMesh point;
-    for (int i = 0; i < 3; ++i) point.InsertVertex(Vector3(1, 2, 3));
-    for (int i = 0; i < 6; ++i) point.InsertTriangle(i % 3, (i + 1) % 3, (i + 2) % 3);
+    TriMesh four = zoltest::MakeMesh(
+        {{0, 0, 0}, {1, 1, 0.5}, {2, 4, 1}, {3, 9, 1.5}, {4, 16, 2}, {5, 25, 2.5}},
+        {{0, 1, 2}, {1, 2, 3}, {2, 3, 4}, {3, 4, 5}});
+    // Ten copies of one triangle share every centroid and every side; six triangles
+    // collapsed onto one point have a zero covariance and no side to split by.
+    TriMesh copies = zoltest::MakeMesh({{0, 0, 0}, {1, 0, 0}, {0, 2, 0}},
+                                       std::vector<std::array<int, 3>>(10, {0, 1, 2}));
+    TriMesh point =
+        zoltest::MakeMesh({{1, 2, 3}, {1, 2, 3}, {1, 2, 3}},
+                          {{0, 1, 2}, {1, 2, 0}, {2, 0, 1}, {0, 1, 2}, {1, 2, 0}, {2, 0, 1}});
     for (TriMesh* mesh : {&four, &copies, &point}) {
         MeshQueryTool tool;
-        ASSERT_EQ(tool.Init(mesh), 0);
+        ASSERT_EQ(tool.Init(mesh), RESULT_OK);
         const MeshQueryTree* tree = tool._GetTree();
         ASSERT_EQ(tree->nodes.size(), 1u);
         EXPECT_EQ(tree->root, tree->nodes[0]);
@@ -147,15 +134,12 @@ TEST(MeshQueryTool, RootBoxIsThePrincipalBoxSymmetricAboutTheMeanCentroid) {
     // (1 + 2/3, 2, 3), the axes stay x, y, z (largest spread first) and the x half-extent
     // reaches the farther tip, 8 - 2/3, not half the span.
     const Vector3 offset(1, 2, 3);
-    TriMesh octahedron;
-    for (const Vector3& p : {Vector3(8, 0, 0), Vector3(-4, 0, 0), Vector3(0, 2, 0),
-                             Vector3(0, -2, 0), Vector3(0, 0, 1), Vector3(0, 0, -1)})
-        octahedron.InsertVertex(p + offset);
-    for (int x : {0, 1})
-        for (int y : {2, 3})
-            for (int z : {4, 5}) octahedron.InsertTriangle(x, y, z);
+    TriMesh octahedron = zoltest::MakeMesh(
+        {{8, 0, 0}, {-4, 0, 0}, {0, 2, 0}, {0, -2, 0}, {0, 0, 1}, {0, 0, -1}},
+        {{0, 2, 4}, {0, 2, 5}, {0, 3, 4}, {0, 3, 5}, {1, 2, 4}, {1, 2, 5}, {1, 3, 4}, {1, 3, 5}});
+    for (int v = 0; v < 6; ++v) octahedron.SetVertexCoord(v, octahedron.GetVertexCoord(v) + offset);
     MeshQueryTool tool;
-    ASSERT_EQ(tool.Init(&octahedron), 0);
+    ASSERT_EQ(tool.Init(&octahedron), RESULT_OK);
     const Obb& box = tool._GetTree()->root->box;
     EXPECT_NEAR(std::abs(box.GetAxis(0).x), 1.0, 1e-12);
     EXPECT_NEAR(std::abs(box.GetAxis(1).y), 1.0, 1e-12);
@@ -167,13 +151,13 @@ TEST(MeshQueryTool, RootBoxIsThePrincipalBoxSymmetricAboutTheMeanCentroid) {
 }
 
 TEST(MeshQueryTool, BunnyTreePartitionsTrianglesIntoBoxedLeavesOnEitherMeshPathAndInCopies) {
-    std::unique_ptr<TriMesh> mesh(Parser::ImportTriMesh(zoltest::DataPath("meshes/bunny.off")));
+    std::unique_ptr<TriMesh> mesh = zoltest::ImportMesh(zoltest::DataPath("meshes/bunny.off"));
     ASSERT_NE(mesh, nullptr);
     TriMesh& bunny = *mesh;
     zoltest::ForwardingMesh host(bunny);
     MeshQueryTool tool, viaHost;
-    ASSERT_EQ(tool.Init(&bunny), 0);
-    ASSERT_EQ(viaHost.Init(&host), 0);
+    ASSERT_EQ(tool.Init(&bunny), RESULT_OK);
+    ASSERT_EQ(viaHost.Init(&host), RESULT_OK);
     MeshQueryTool copy;
     {
         MeshQueryTool original = viaHost;
@@ -198,5 +182,5 @@ TEST(MeshQueryTool, BunnyTreePartitionsTrianglesIntoBoxedLeavesOnEitherMeshPathA
             EXPECT_EQ(tree->nodes[i]->triangles, reference->nodes[i]->triangles);
     }
     EXPECT_TRUE(TreeNode::SharedEmptyNode()->triangles.empty());
-    EXPECT_EQ(copy._GetInitializedStatus(), 0);
+    EXPECT_EQ(copy._GetInitializedStatus(), RESULT_OK);
 }

@@ -16,40 +16,49 @@ namespace ZOL {
 /// (corners, normal) of \p fromMesh. Between two TriMesh objects it is a deep copy that
 /// also carries attribute arrays, flags, default colour and mesh type. Copying a mesh
 /// onto itself does nothing.
-/// \return 0; -2 when either mesh is null (logged, nothing changed).
+/// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when either mesh is null, nothing changed
+///         ("CopyTriMesh: fromMesh == NULL || toMesh == NULL").
 ZOL_API int CopyTriMesh(ITriMesh* fromMesh, ITriMesh* toMesh);
 
 /// Deletes the listed vertices and every triangle that uses one of them. Survivors are
 /// moved into the freed slots (swap-to-end then pop-back, so vertex order is not kept)
 /// and triangle corners are renumbered to follow them.
 /// \param[in] deleteIndex vertex ids; duplicates and ids outside the mesh are ignored.
-/// \return 0; -2 when triMesh is null (logged).
+/// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when triMesh is null
+///         ("DeleteTriMeshVertices: triMesh == NULL").
 ZOL_API int DeleteTriMeshVertices(ITriMesh* triMesh, const std::vector<int>& deleteIndex);
 
 /// Deletes the listed triangles by swap-to-end then pop-back; vertices are kept (they may
 /// become isolated).
 /// \param[in] deleteIndex triangle ids; duplicates and ids outside the mesh are ignored.
-/// \return 0; -2 when triMesh is null (logged).
+/// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when triMesh is null
+///         ("DeleteTriMeshTriangles: triMesh == NULL").
 ZOL_API int DeleteTriMeshTriangles(ITriMesh* triMesh, const std::vector<int>& deleteIndex);
 
 /// Lists the vertices used by no triangle, ascending.
 /// \param[out] isolatedIds cleared first.
-/// \return 0; -2 when triMesh or isolatedIds is null (logged).
+/// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when triMesh or isolatedIds is null
+///         ("FindIsolatedVertices: triMesh == NULL || isolatedIds == NULL").
 ZOL_API int FindIsolatedVertices(ITriMesh* triMesh, std::vector<int>* isolatedIds);
 
 /// Axis-aligned bounding box of all vertices (isolated ones included).
 /// \param[out] bboxMin smallest x, y, z.
 /// \param[out] bboxMax largest x, y, z.
-/// \return 0; -2 when triMesh is null, an output is null, or the mesh has no vertex
-/// (checked in this order, logged).
+/// \return RESULT_OK; RESULT_INVALID_INPUT (-2), checked in this order, when triMesh is
+///         null ("CalculateTriMeshBoundingBox: triMesh == NULL"), an output is null
+///         ("CalculateTriMeshBoundingBox: bboxMin == NULL || bboxMax == NULL") or the mesh
+///         has no vertex ("CalculateTriMeshBoundingBox: vertexCount < 1").
 ZOL_API int CalculateTriMeshBoundingBox(ITriMesh* triMesh, Vector3* bboxMin, Vector3* bboxMax);
 
 /// Mean length of the triangle sides: every triangle contributes its three sides, so an
 /// edge shared by two triangles counts twice (on a closed mesh this equals the mean over
 /// distinct edges).
 /// \param[out] averageLength in the unit of the coordinates.
-/// \return 0; -2 when triMesh is null, averageLength is null, the mesh has no triangle,
-/// or a triangle names a vertex outside the mesh (checked in this order, logged).
+/// \return RESULT_OK; RESULT_INVALID_INPUT (-2), checked in this order, when triMesh is
+///         null ("CalculateTriMeshAverageEdgeLength: triMesh == NULL"), averageLength is
+///         null ("...: averageLength == NULL"), the mesh has no triangle ("...:
+///         triangleCount < 1") or a triangle names a vertex outside the mesh ("...: invalid
+///         vertex id <v> in triangle <t>").
 ZOL_API int CalculateTriMeshAverageEdgeLength(ITriMesh* triMesh, double* averageLength);
 
 /// Tells whether two triangles in the plane overlap, i.e. share an area (separating-axis

@@ -179,8 +179,10 @@ public:
     /// attributes; survivors keep their relative order. Triangle corners are remapped and
     /// triangles left with two equal corners are dropped (the others keep their order and
     /// per-corner attributes). Expected linear time (hashing).
-    /// \return 0; -2 when the mesh has fewer than 3 vertices, or a triangle names a vertex
-    /// outside the mesh (logged, mesh unchanged).
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2), mesh unchanged, when it has fewer than
+    ///         3 vertices ("TriMesh::FuseVertex: vertexCount < 3") or a triangle names a
+    ///         vertex outside it ("TriMesh::FuseVertex: invalid vertex id <v> in triangle
+    ///         <t>").
     int FuseVertex();
 
 private:

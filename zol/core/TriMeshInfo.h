@@ -23,8 +23,10 @@ public:
     /// plus a small sort per vertex. Triangle sides whose two corners are equal make no
     /// edge. On failure the cache is left empty.
     /// \param[in] triMesh the mesh; only read.
-    /// \return 0; -2 when triMesh is null, has no triangle, or a triangle names a vertex
-    /// outside [0, vertexCount) (each logged).
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when triMesh is null
+    ///         ("TriMeshInfo::CacheDataForEdgeInfos: triMesh == NULL"), has no triangle
+    ///         ("...: triangleCount < 1") or a triangle names a vertex outside
+    ///         [0, vertexCount) ("...: invalid vertex id <v> in triangle <t>").
     int CacheDataForEdgeInfos(const ITriMesh* triMesh);
     /// \return true when edge records are present.
     bool HasEdgeInfos() const { return mHasEdgeInfos; }

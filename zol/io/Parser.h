@@ -37,9 +37,12 @@ public:
     /// written with six significant digits.
     /// \param[in] fileName path of the file; an existing file is replaced.
     /// \param[in] triMesh the mesh; null is reported by the format writer.
-    /// \return 0; -2 when the name has no extension, the mesh is null or the file cannot
-    ///         be opened; -1 when the extension is not supported, "zpt" is asked for a
-    ///         mesh that is not a TriMesh, or writing failed part way.
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when the name has no extension
+    ///         ("Parser::ExportTriMesh: invalid fileName: <name>"), the mesh is null or the
+    ///         file cannot be opened (the format writer's line); RESULT_FAIL (-1) when the
+    ///         extension is not supported or "zpt" is asked for a mesh that is not a
+    ///         TriMesh ("Parser::ExportTriMesh: not support format"), or writing failed
+    ///         part way.
     static int ExportTriMesh(std::string fileName, const ITriMesh* triMesh);
 
     // ---- POV-Ray scene fragments ------------------------------------------------------
@@ -51,16 +54,20 @@ public:
     /// \param[in] triMesh the mesh.
     /// \param[in] color one colour (components 0..1) for the whole mesh; null uses the
     ///            vertex colours (black when the mesh has none).
-    /// \return 0; -2 when the mesh is null or the file cannot be opened; -1 when writing
-    ///         failed part way.
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when the mesh is null
+    ///         ("ExportTriMeshToPovray: triMesh is NULL") or the file cannot be opened
+    ///         ("ExportTriMeshToPovray: file could not open "); RESULT_FAIL (-1) when
+    ///         writing failed part way.
     static int ExportTriMeshToPovray(std::string fileName, const TriMesh* triMesh, Vector3* color);
 
     /// Writes the mesh as one `mesh2` object with its triangle texture coordinates
     /// (zero when it has none) and a fixed grey material.
     /// \param[in] fileName path of the scene fragment.
     /// \param[in] triMesh the mesh.
-    /// \return 0; -2 when the mesh is null or the file cannot be opened; -1 when writing
-    ///         failed part way.
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when the mesh is null
+    ///         ("ExportTextureTriMeshToPovray: triMesh is NULL") or the file cannot be
+    ///         opened ("ExportTextureTriMeshToPovray: file could not open "); RESULT_FAIL
+    ///         (-1) when writing failed part way.
     static int ExportTextureTriMeshToPovray(std::string fileName, const TriMesh* triMesh);
 
     /// Writes one cylinder per pair of points (p0, p1), (p2, p3), ...; an unpaired last
@@ -69,7 +76,9 @@ public:
     /// \param[in] points segment end points in pairs.
     /// \param[in] radius cylinder radius, in model units.
     /// \param[in] color colour of every cylinder (components 0..1).
-    /// \return 0; -2 when the file cannot be opened; -1 when writing failed part way.
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when the file cannot be opened
+    ///         ("ExportLineSegmentToPovray: file could not open "); RESULT_FAIL (-1) when
+    ///         writing failed part way.
     static int ExportLineSegmentToPovray(std::string fileName,
                                          const std::vector<Vector3>& points,
                                          double radius,
@@ -97,8 +106,11 @@ public:
     /// "ply", as fractions elsewhere.
     /// \param[in] fileName path of the file; an existing file is replaced.
     /// \param[in] pointCloud the cloud.
-    /// \return 0; -2 when the cloud is null, the name has no extension or the file
-    ///         cannot be written; -1 when the extension is not supported.
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when the cloud is null
+    ///         ("Parser::ExportPointCloud: pointCloud is NULL"), the name has no extension
+    ///         ("Parser::ExportPointCloud: invalid fileName: <name>") or the file cannot be
+    ///         written (the format writer's line); RESULT_FAIL (-1) when the extension is
+    ///         not supported ("Parser::ExportPointCloud: not support format").
     static int ExportPointCloud(std::string fileName, const IPointCloud* pointCloud);
 
     /// Writes the valid cells of a grid cloud, in row-major cell order, with the grid:
@@ -107,9 +119,11 @@ public:
     /// PointCloud that has them.
     /// \param[in] fileName path of the file; an existing file is replaced.
     /// \param[in] gridPointCloud the grid cloud.
-    /// \return 0; -2 when the cloud is null, its width or height is below 1, the name
-    ///         has no extension or the file cannot be written; -1 when the extension is
-    ///         not supported.
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when the cloud is null
+    ///         ("Parser::ExportGridPointCloud: gridPointCloud is NULL"), its width or
+    ///         height is below 1 ("...: invalid grid size <w> x <h>"), the name has no
+    ///         extension or the file cannot be written; RESULT_FAIL (-1) when the
+    ///         extension is not supported ("...: not support format").
     static int ExportGridPointCloud(std::string fileName, const IGridPointCloud* gridPointCloud);
 };
 

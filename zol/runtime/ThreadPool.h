@@ -58,11 +58,11 @@ public:
     ///         skipped); callers compare it with \p count.
     int InitThreads(int count);
     /// Appends \p task to the queue and wakes one idle worker. The pool owns every
-    /// non-null task from here on, also when -3 is returned (the task stays queued and
-    /// is released by the destructor).
-    /// \return 0; -2 for a null task ("Error: ThreadPool::InsertTask NULL input."); -3
-    ///         when the pool has no task-available condition ("ThreadPool::InsertTask:
-    ///         WakeSingle failed").
+    /// non-null task from here on, also when RESULT_STEP_FAIL is returned (the task stays
+    /// queued and is released by the destructor).
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) for a null task ("Error:
+    ///         ThreadPool::InsertTask NULL input."); RESULT_STEP_FAIL (-3) when the pool has
+    ///         no task-available condition ("ThreadPool::InsertTask: WakeSingle failed").
     int InsertTask(TaskBase* task);
     /// Blocks until every inserted task has finished. Returns at once when nothing is
     /// pending, and also when the pool has no worker that could finish a pending task.

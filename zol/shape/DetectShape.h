@@ -52,8 +52,12 @@ public:
     /// \param[in] angleTol largest angle between neighbouring normals, in radians.
     /// \param[out] indexRes cleared, then the seed and each selected triangle in the order
     ///             of selection (breadth first).
-    /// \return 0; -2 for a null argument, a mesh with fewer than 3 vertices or no triangle,
-    ///         or a seed out of range; the edge cache's code when it fails (each logged).
+    /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) for a null argument ("SelectTangentFace:
+    ///         triMesh == NULL || indexRes == NULL"), a mesh with fewer than 3 vertices or
+    ///         no triangle ("...: invalid triMesh, vertexCount=<v> faceCount=<f>") or a seed
+    ///         out of range ("...: invalid selectFaceId <id> / <count>"); the edge cache's
+    ///         code when it fails (its line, then "...: CacheDataForEdgeInfos failed
+    ///         <code>"). indexRes is unchanged on failure.
     static int SelectTangentFace(const ITriMesh* triMesh,
                                  int selectFaceId,
                                  double angleTol,
@@ -61,6 +65,7 @@ public:
 
     /// SelectTangentFace with a caller's edge cache, which is (re)built here.
     /// \param[in,out] triMeshInfo the cache of \p triMesh.
+    /// \return as SelectTangentFace.
     static int _SelectTangentFace(const ITriMesh* triMesh,
                                   TriMeshInfo& triMeshInfo,
                                   int selectFaceId,
