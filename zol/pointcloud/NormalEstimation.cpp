@@ -68,7 +68,7 @@ bool FitPlaneNormal(const double* xyz,
     ComputeScatter(xyz, ids, count, centroid, scatter);
     GeneralMatrixEigenSolver local;
     GeneralMatrixEigenSolver& eigen = solver ? *solver : local;
-    if (eigen.Compute(scatter) != RESULT_OK) return false;
+    if (eigen.ComputeDirect(scatter) != RESULT_OK) return false;
     const double l0 = eigen.GetEigenValue(0);
     const double l1 = eigen.GetEigenValue(1);
     const double l2 = eigen.GetEigenValue(2);
