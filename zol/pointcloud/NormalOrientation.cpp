@@ -112,7 +112,6 @@ void OrientNormals(const double* xyz,
                    const Vector3* references,
                    std::vector<Vector3>& normals) {
     if (pointCount < 1) return;
-    const NeighborGraph graph = BuildSymmetricGraph(neighborIds, pointCount, neighborCount);
     std::vector<char> oriented(static_cast<size_t>(pointCount), 0);
     std::vector<double> confidence(static_cast<size_t>(pointCount), 0.0);
     std::vector<int> sources;
@@ -124,6 +123,10 @@ void OrientNormals(const double* xyz,
         oriented[i] = 1;
         sources.push_back(i);
     }
+    // With a clear reference everywhere (a known camera, a clean range image) no graph
+    // is needed.
+    if (static_cast<int>(sources.size()) == pointCount) return;
+    const NeighborGraph graph = BuildSymmetricGraph(neighborIds, pointCount, neighborCount);
     ForestGrower grower(graph, normals, oriented);
     grower.Grow(sources, nullptr);
 
