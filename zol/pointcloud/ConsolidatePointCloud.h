@@ -34,8 +34,9 @@ public:
     /// cloud's normals on. Orientation, in this order of preference:
     /// - \p cameraDirection given: every normal faces the scanner (n . direction < 0);
     /// - a PointCloud with grid topology (a range image): every normal faces the
-    ///   scanner, whose side follows from the grid (rows run top to bottom and columns
-    ///   left to right, as in an image seen from the scanner);
+    ///   scanner, whose side follows from the grid: seen from the scanner, cell x grows
+    ///   to the right and y upwards (the layout of the range scans that
+    ///   Parser::ImportPointCloud reads);
     /// - otherwise: orientation is propagated over the neighbour graph along the most
     ///   parallel normals (a minimum spanning tree on 1 - |ni . nj|), and each connected
     ///   part then faces away from its centroid on the whole.
@@ -117,7 +118,9 @@ public:
     ///         fixedIndex: " and the index), checked in this order after the point count;
     ///         RESULT_FAIL (-1) for an empty cloud ("ConsolidatePointCloud::SmoothNormal
     ///         invalid pointCount: 0");
-    ///         the neighbour step's status unchanged (InitAnn, FindNearestNeighbors);
+    ///         the neighbour step's status unchanged, e.g. -3 for a NaN coordinate
+    ///         ("ConsolidatePointCloud::SmoothNormal: InitAnn failed " or "...:
+    ///         FindNearestNeighbors failed " and the status);
     ///         RESULT_STEP_FAIL (-3) when the matrix cannot be built
     ///         ("ConsolidatePointCloud::SmoothNormal: sparse matrix build failed");
     ///         the solver's status when factorisation or a solve fails
@@ -204,7 +207,9 @@ public:
     ///         index);
     ///         the failing step's status after its line: "_SmoothGeometry: InitAnn Failed ",
     ///         "_SmoothGeometry: ComputeNeighbors Failed ", "_SmoothGeometry:
-    ///         _CalculatePointListDensity Failed " with the status;
+    ///         _CalculatePointListDensity Failed ", "_SmoothGeometry: GetNeighbor Failed "
+    ///         (a list the index cannot give, as for an index built over another cloud)
+    ///         with the status;
     ///         RESULT_STEP_FAIL (-3) when no worker starts ("ConsolidatePointCloud::
     ///         SmoothGeometry: invalid thread count = " and the count) or a task cannot be
     ///         queued ("ConsolidatePointCloud::SmoothGeometry: ThreadPool InsertTask

@@ -51,6 +51,12 @@ Vector3 PointAt(const std::vector<double>& xyz, int i) {
     return Vector3(p[0], p[1], p[2]);
 }
 
+/// How a worker's slice ended: the failing step's status, else 0 in both.
+struct TaskStatus {
+    int neighbors = RESULT_OK;
+    int eigen = RESULT_OK;
+};
+
 /// One slice of a plane-projection pass: points threadIndex, threadIndex + threadCount,
 /// ... move onto their neighbourhood plane (quality 0) or along its normal by bilateral
 /// weights (quality 1). Reads the positions of the previous pass from a flat copy and
@@ -67,7 +73,7 @@ public:
                    int threadCount,
                    ConsolidatePointCloud::SmoothQuality quality,
                    const std::vector<double>* coords,
-                   int* status)
+                   TaskStatus* status)
         : mpPointCloud(pointCloud),
           mpInfo(info),
           mDensity(density),
@@ -100,14 +106,14 @@ public:
             int count = 0;
             int status = NeighborRow(*mpInfo, i, k, scratch, row, count);
             if (status != RESULT_OK) {
-                *mpStatus = status;
+                mpStatus->neighbors = status;
                 return;
             }
             Vector3 centroid;
             ComputeScatter(xyz.data(), row, count, centroid, scatter);
             status = solver.Compute(scatter);
             if (status != RESULT_OK) {
-                *mpStatus = status;
+                mpStatus->eigen = status;
                 return;
             }
             const Vector3 normal = solver.GetEigenVector(0);
@@ -143,7 +149,7 @@ private:
     int mThreadCount;
     ConsolidatePointCloud::SmoothQuality mQuality;
     const std::vector<double>* mpCoords;
-    int* mpStatus;
+    TaskStatus* mpStatus;
 };
 
 }  // namespace
@@ -210,7 +216,7 @@ int ConsolidatePointCloud::_SmoothGeometry(IPointCloud* pointCloud,
     for (int it = 0; it < iterationCount; ++it) {
         SetProgress(0.2 + 0.8 * it / iterationCount);
         const std::vector<double> xyz = CloudCoords(pointCloud);
-        std::vector<int> taskStatus(static_cast<size_t>(taskCount), RESULT_OK);
+        std::vector<TaskStatus> taskStatus(static_cast<size_t>(taskCount));
         status = RunTasks(
             taskCount,
             [&](int t, int parts) -> TaskBase* {
@@ -220,10 +226,14 @@ int ConsolidatePointCloud::_SmoothGeometry(IPointCloud* pointCloud,
             {"ConsolidatePointCloud::SmoothGeometry",
              "ConsolidatePointCloud::SmoothGeometry: ThreadPool InsertTask PlaneProjectMT Failed"});
         if (status != RESULT_OK) return status;
-        for (int failed : taskStatus) {
-            if (failed != RESULT_OK) {
-                return LogFailure(failed,
+        for (const TaskStatus& task : taskStatus) {
+            if (task.eigen != RESULT_OK) {
+                return LogFailure(task.eigen,
                                   "ConsolidatePointCloud::SmoothGeometry::EigenSolver failed");
+            }
+            if (task.neighbors != RESULT_OK) {
+                return LogFailure(task.neighbors, "_SmoothGeometry: GetNeighbor Failed ",
+                                  task.neighbors);
             }
         }
         for (int i = 0; i < n; ++i) pointCloud->SetPointCoord(i, newCoords[i]);

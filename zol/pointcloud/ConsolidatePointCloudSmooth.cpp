@@ -71,10 +71,15 @@ int ConsolidatePointCloud::_SmoothNormal(IPointCloud* pointCloud,
     }
     const int k = std::min(n, neighborCount);
     int status = info.InitAnn(pointCloud, k);
-    if (status != RESULT_OK) return status;
+    if (status != RESULT_OK) {
+        return LogFailure(status, "ConsolidatePointCloud::SmoothNormal: InitAnn failed ", status);
+    }
     SetProgress(0.1);
     status = info.FindNearestNeighbors(k, pointCloud, nullptr);
-    if (status != RESULT_OK) return status;
+    if (status != RESULT_OK) {
+        return LogFailure(
+            status, "ConsolidatePointCloud::SmoothNormal: FindNearestNeighbors failed ", status);
+    }
     SetProgress(0.3);
 
     const int f = static_cast<int>(std::count(fixed.begin(), fixed.end(), true));
