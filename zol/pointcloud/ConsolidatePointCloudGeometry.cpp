@@ -8,6 +8,7 @@
 
 #include <zol/core/IPointList.h>
 #include <zol/pointcloud/NormalEstimationInternal.h>
+#include <zol/pointcloud/PointCloudAccessInternal.h>
 #include <zol/pointcloud/PointCloudDensity.h>
 #include <zol/pointcloud/PointSelectionInternal.h>
 #include <zol/runtime/ApiProgress.h>
@@ -19,37 +20,6 @@
 namespace ZOL {
 
 namespace {
-
-/// The neighbour list of one point: the cached row when it holds \p k entries, else a
-/// fresh query into \p scratch. Safe on many threads once the cache is filled.
-int NeighborRow(const PointCloudInfo& info,
-                int pointId,
-                int k,
-                std::vector<int>& scratch,
-                const int*& row,
-                int& count) {
-    if (info.GetCachedNeighborCount(pointId) >= k) {
-        row = info.GetCachedNeighborIds(pointId);
-        count = k;
-        return RESULT_OK;
-    }
-    const int status = info.GetNeighbor(pointId, k, &scratch);
-    row = scratch.data();
-    count = static_cast<int>(scratch.size());
-    return status;
-}
-
-std::vector<double> CloudCoords(const IPointCloud* cloud) {
-    std::vector<double> xyz;
-    PointCloudPointList list(cloud);
-    CopyPointListCoords(&list, &xyz);
-    return xyz;
-}
-
-Vector3 PointAt(const std::vector<double>& xyz, int i) {
-    const double* p = &xyz[3 * static_cast<size_t>(i)];
-    return Vector3(p[0], p[1], p[2]);
-}
 
 /// How a worker's slice ended: the failing step's status, else 0 in both.
 struct TaskStatus {
@@ -97,14 +67,14 @@ public:
         GeneralMatrix3 scatter;
         std::vector<int> scratch;
         for (int i = mThreadIndex; i < n; i += mThreadCount) {
-            const Vector3 p = PointAt(xyz, i);
+            const Vector3 p = FlatPoint(xyz, i);
             if (!(*mpSelected)[i]) {
                 out[i] = p;
                 continue;
             }
             const int* row = nullptr;
             int count = 0;
-            int status = NeighborRow(*mpInfo, i, k, scratch, row, count);
+            int status = ReadNeighborRow(*mpInfo, i, k, scratch, row, count);
             if (status != RESULT_OK) {
                 mpStatus->neighbors = status;
                 return;
@@ -124,7 +94,7 @@ public:
             } else {
                 double sum = 0.0, weights = 0.0;
                 for (int t = 0; t < count; ++t) {
-                    const Vector3 q = PointAt(xyz, row[t]);
+                    const Vector3 q = FlatPoint(xyz, row[t]);
                     const double h = (q - p) * normal;
                     const double w =
                         std::exp(-p.DistanceSquared(q) / sigmaC) * std::exp(-h * h / sigmaS);
@@ -215,7 +185,7 @@ int ConsolidatePointCloud::_SmoothGeometry(IPointCloud* pointCloud,
     const int taskCount = ParallelTaskCount(n);
     for (int it = 0; it < iterationCount; ++it) {
         SetProgress(0.2 + 0.8 * it / iterationCount);
-        const std::vector<double> xyz = CloudCoords(pointCloud);
+        const std::vector<double> xyz = CopyCloudCoords(pointCloud);
         std::vector<TaskStatus> taskStatus(static_cast<size_t>(taskCount));
         status = RunTasks(
             taskCount,
@@ -303,16 +273,12 @@ int ConsolidatePointCloud::_SmoothGeometryByNormal(IPointCloud* pointCloud,
     SetProgress(0.3);
     const double c = std::cos(sharpAngle);
     const double s = 1.0 / (1.0 - c);
-    std::vector<double> normals;
-    {
-        PointCloudPointList list(pointCloud);
-        CopyPointListNormals(&list, &normals);
-    }
+    const std::vector<double> normals = CopyCloudNormals(pointCloud);
     std::vector<Vector3> newCoords(static_cast<size_t>(n));
     const int taskCount = ParallelTaskCount(n);
     for (int it = 0; it < iterationCount; ++it) {
         SetProgress(0.3 + 0.7 * it / iterationCount);
-        const std::vector<double> xyz = CloudCoords(pointCloud);
+        const std::vector<double> xyz = CopyCloudCoords(pointCloud);
         std::vector<int> taskStatus(static_cast<size_t>(taskCount), RESULT_OK);
         status = ParallelFor(
             taskCount,
@@ -320,26 +286,26 @@ int ConsolidatePointCloud::_SmoothGeometryByNormal(IPointCloud* pointCloud,
                 std::vector<int> scratch;
                 const int end = SliceBegin(n, t + 1, parts);
                 for (int i = SliceBegin(n, t, parts); i < end; ++i) {
-                    const Vector3 p = PointAt(xyz, i);
+                    const Vector3 p = FlatPoint(xyz, i);
                     if (!selected[i]) {
                         newCoords[i] = p;
                         continue;
                     }
                     const int* row = nullptr;
                     int count = 0;
-                    const int got = NeighborRow(info, i, k, scratch, row, count);
+                    const int got = ReadNeighborRow(info, i, k, scratch, row, count);
                     if (got != RESULT_OK) {
                         taskStatus[t] = got;
                         return;
                     }
-                    const Vector3 normal = PointAt(normals, i);
+                    const Vector3 normal = FlatPoint(normals, i);
                     Vector3 sum = p;
                     double weights = 1.0;
                     for (int e = 1; e < count; ++e) {
-                        const double w = (normal * PointAt(normals, row[e]) - c) * s;
+                        const double w = (normal * FlatPoint(normals, row[e]) - c) * s;
                         if (w > 0.0) {
                             weights += w;
-                            sum += PointAt(xyz, row[e]) * w;
+                            sum += FlatPoint(xyz, row[e]) * w;
                         }
                     }
                     const Vector3 mean = sum * (1.0 / weights);

@@ -11,6 +11,7 @@
 #include <zol/core/PointCloud.h>
 #include <zol/pointcloud/NormalEstimationInternal.h>
 #include <zol/pointcloud/NormalOrientationInternal.h>
+#include <zol/pointcloud/PointCloudAccessInternal.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
@@ -42,16 +43,13 @@ int FindAllNeighbors(IPointCloud* cloud, PointCloudInfo& info, int k, std::vecto
     SetProgress(0.3);
     const int n = cloud->GetPointCount();
     ids.assign(static_cast<size_t>(n) * k, -1);
-    std::vector<int> row;
+    std::vector<int> scratch;
     for (int i = 0; i < n; ++i) {
-        int* out = &ids[static_cast<size_t>(i) * k];
-        if (info.GetCachedNeighborCount(i) >= k) {
-            std::copy_n(info.GetCachedNeighborIds(i), k, out);
-            continue;
-        }
-        status = info.GetNeighbor(i, k, &row);
+        const int* row = nullptr;
+        int count = 0;
+        status = ReadNeighborRow(info, i, k, scratch, row, count);
         if (status != RESULT_OK) return status;
-        std::copy_n(row.begin(), std::min<size_t>(row.size(), k), out);
+        std::copy_n(row, std::min(count, k), &ids[static_cast<size_t>(i) * k]);
     }
     return RESULT_OK;
 }
@@ -116,13 +114,6 @@ void WriteNormals(IPointCloud* cloud, const std::vector<Vector3>& normals) {
     for (int i = 0; i < n; ++i) cloud->SetPointNormal(i, normals[i]);
 }
 
-std::vector<double> CloudCoords(const IPointCloud* cloud) {
-    std::vector<double> xyz;
-    PointCloudPointList list(cloud);
-    CopyPointListCoords(&list, &xyz);
-    return xyz;
-}
-
 }  // namespace
 
 int ConsolidatePointCloud::CalculatePointCloudNormal(IPointCloud* pointCloud,
@@ -163,7 +154,7 @@ int ConsolidatePointCloud::_CalculatePointCloudNormal(IPointCloud* pointCloud,
             status, "ConsolidatePointCloud::CalculatePointCloudNormal: neighbor search failed ",
             status);
     }
-    const std::vector<double> xyz = CloudCoords(pointCloud);
+    const std::vector<double> xyz = CopyCloudCoords(pointCloud);
     std::vector<Vector3> normals;
     status = FitAllNormals(xyz, ids, k, normals);
     if (status != RESULT_OK) return status;
@@ -211,7 +202,7 @@ int ConsolidatePointCloud::OrientPointCloudNormal(IPointCloud* pointCloud,
                           "ConsolidatePointCloud::OrientPointCloudNormal: neighbor search failed ",
                           status);
     }
-    const std::vector<double> xyz = CloudCoords(pointCloud);
+    const std::vector<double> xyz = CopyCloudCoords(pointCloud);
     // Orient unit copies, so that long and short normals weigh alike, then flip the
     // originals that changed side.
     std::vector<Vector3> unit(static_cast<size_t>(n));
@@ -270,7 +261,7 @@ int UpdatePointCloudNormal(IPointCloud* pointCloud, int neighborCount) {
     if (status != RESULT_OK) {
         return LogFailure(status, "UpdatePointCloudNormal: neighbor search failed ", status);
     }
-    const std::vector<double> xyz = CloudCoords(pointCloud);
+    const std::vector<double> xyz = CopyCloudCoords(pointCloud);
     std::vector<Vector3> normals;
     status = FitAllNormals(xyz, ids, k, normals);
     if (status != RESULT_OK) return status;

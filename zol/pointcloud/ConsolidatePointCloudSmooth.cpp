@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include <zol/core/IPointList.h>
+#include <zol/pointcloud/PointCloudAccessInternal.h>
 #include <zol/pointcloud/PointSelectionInternal.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
@@ -85,11 +86,7 @@ int ConsolidatePointCloud::_SmoothNormal(IPointCloud* pointCloud,
     const int f = static_cast<int>(std::count(fixed.begin(), fixed.end(), true));
     const int m = n - f;
     const int rows = n + m;
-    std::vector<double> normals;
-    {
-        PointCloudPointList list(pointCloud);
-        CopyPointListNormals(&list, &normals);
-    }
+    const std::vector<double> normals = CopyCloudNormals(pointCloud);
     std::vector<SparseTriplet> triplets;
     triplets.reserve(static_cast<size_t>(n) + static_cast<size_t>(m) * k);
     std::vector<double> b[3];
@@ -103,15 +100,11 @@ int ConsolidatePointCloud::_SmoothNormal(IPointCloud* pointCloud,
         triplets.push_back({i, i, weight});
         for (int a = 0; a < 3; ++a) b[a][i] = weight * normals[3 * static_cast<size_t>(i) + a];
         if (fixed[i]) continue;
-        const int* row = info.GetCachedNeighborIds(i);
-        int count = info.GetCachedNeighborCount(i);
-        if (count < k) {
-            status = info.GetNeighbor(i, k, &list);
-            if (status != RESULT_OK) {
-                return LogFailure(status, "SmoothNormal: info GetNeighbor failed ", status);
-            }
-            row = list.data();
-            count = static_cast<int>(list.size());
+        const int* row = nullptr;
+        int count = 0;
+        status = ReadNeighborRow(info, i, k, list, row, count);
+        if (status != RESULT_OK) {
+            return LogFailure(status, "SmoothNormal: info GetNeighbor failed ", status);
         }
         triplets.push_back({laplaceRow, i, 1.0});
         for (int t = 1; t < std::min(count, k); ++t) {
