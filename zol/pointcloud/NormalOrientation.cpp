@@ -74,8 +74,7 @@ public:
                  std::vector<char>& oriented)
         : mGraph(graph), mNormals(normals), mOriented(oriented) {}
 
-    /// \param[out] reached the points oriented by this growth, sources excluded; may be null.
-    void Grow(const std::vector<int>& sources, std::vector<int>* reached) {
+    void Grow(const std::vector<int>& sources) {
         for (int s : sources) PushEdges(s);
         while (!mHeap.empty()) {
             const Edge e = mHeap.top();
@@ -83,7 +82,6 @@ public:
             if (mOriented[e.to]) continue;
             if (mNormals[e.to] * mNormals[e.from] < 0.0) mNormals[e.to] = -mNormals[e.to];
             mOriented[e.to] = 1;
-            if (reached) reached->push_back(e.to);
             PushEdges(e.to);
         }
     }
@@ -128,7 +126,7 @@ void OrientNormals(const double* xyz,
     if (static_cast<int>(sources.size()) == pointCount) return;
     const NeighborGraph graph = BuildSymmetricGraph(neighborIds, pointCount, neighborCount);
     ForestGrower grower(graph, normals, oriented);
-    grower.Grow(sources, nullptr);
+    grower.Grow(sources);
 
     // Parts that no clear reference reached: one growth each from its best root.
     std::vector<int> part;
@@ -157,7 +155,7 @@ void OrientNormals(const double* xyz,
         const bool hasReference = confidence[root] > 0.0;
         if (hasReference && normals[root] * references[root] < 0.0) normals[root] = -normals[root];
         oriented[root] = 1;
-        grower.Grow(std::vector<int>(1, root), nullptr);
+        grower.Grow(std::vector<int>(1, root));
         if (hasReference) continue;
         double c[3] = {0.0, 0.0, 0.0};
         for (int p : part) {
