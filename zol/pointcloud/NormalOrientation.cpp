@@ -4,7 +4,6 @@
 #include <zol/pointcloud/NormalOrientationInternal.h>
 
 #include <cmath>
-#include <queue>
 
 #include <zol/runtime/Constants.h>
 
@@ -44,61 +43,103 @@ NeighborGraph BuildSymmetricGraph(const int* neighborIds, int pointCount, int k)
     return graph;
 }
 
-struct Edge {
-    double weight;
-    int to;
-    int from;
-};
-
-/// Min-heap order: lightest edge first, then the lower target, then the lower source.
-struct HeavierEdge {
-    bool operator()(const Edge& a, const Edge& b) const {
-        if (a.weight != b.weight) return a.weight > b.weight;
-        if (a.to != b.to) return a.to > b.to;
-        return a.from > b.from;
-    }
-};
-
 double AbsCosine(const Vector3& a, const Vector3& b) {
     const double la = a.Length(), lb = b.Length();
     if (la < REAL_TOL || lb < REAL_TOL) return 0.0;
     return std::fabs(a * b) / (la * lb);
 }
 
-/// Grows the spanning forest out of the oriented points in \p sources: each newly
-/// reached point takes the side of the point it was reached from.
+/// Grows the spanning forest out of oriented points (Prim with one heap entry per
+/// point, keyed by its lightest edge to the forest): each newly reached point takes the
+/// side of the point it was reached from. Equal keys go to the lower index.
 class ForestGrower {
 public:
     ForestGrower(const NeighborGraph& graph,
                  std::vector<Vector3>& normals,
                  std::vector<char>& oriented)
-        : mGraph(graph), mNormals(normals), mOriented(oriented) {}
+        : mGraph(graph),
+          mNormals(normals),
+          mOriented(oriented),
+          mKey(normals.size(), 0.0),
+          mParent(normals.size(), -1),
+          mSlot(normals.size(), -1) {}
 
     void Grow(const std::vector<int>& sources) {
-        for (int s : sources) PushEdges(s);
+        for (int s : sources) Relax(s);
         while (!mHeap.empty()) {
-            const Edge e = mHeap.top();
-            mHeap.pop();
-            if (mOriented[e.to]) continue;
-            if (mNormals[e.to] * mNormals[e.from] < 0.0) mNormals[e.to] = -mNormals[e.to];
-            mOriented[e.to] = 1;
-            PushEdges(e.to);
+            const int v = PopLightest();
+            if (mNormals[v] * mNormals[mParent[v]] < 0.0) mNormals[v] = -mNormals[v];
+            mOriented[v] = 1;
+            Relax(v);
         }
     }
 
 private:
-    void PushEdges(int u) {
+    void Relax(int u) {
         const Vector3& nu = mNormals[u];
         for (int e = mGraph.start[u]; e < mGraph.start[u + 1]; ++e) {
             const int v = mGraph.ids[e];
-            if (!mOriented[v]) mHeap.push({1.0 - std::fabs(nu * mNormals[v]), v, u});
+            if (mOriented[v]) continue;
+            const double weight = 1.0 - std::fabs(nu * mNormals[v]);
+            if (mSlot[v] < 0) {
+                mKey[v] = weight;
+                mParent[v] = u;
+                mSlot[v] = static_cast<int>(mHeap.size());
+                mHeap.push_back(v);
+                SiftUp(mSlot[v]);
+            } else if (weight < mKey[v]) {
+                mKey[v] = weight;
+                mParent[v] = u;
+                SiftUp(mSlot[v]);
+            }
         }
+    }
+
+    bool Lighter(int a, int b) const { return mKey[a] < mKey[b] || (mKey[a] == mKey[b] && a < b); }
+
+    void Place(int slot, int v) {
+        mHeap[slot] = v;
+        mSlot[v] = slot;
+    }
+
+    void SiftUp(int slot) {
+        const int v = mHeap[slot];
+        while (slot > 0) {
+            const int up = (slot - 1) / 2;
+            if (!Lighter(v, mHeap[up])) break;
+            Place(slot, mHeap[up]);
+            slot = up;
+        }
+        Place(slot, v);
+    }
+
+    int PopLightest() {
+        const int top = mHeap[0];
+        const int last = mHeap.back();
+        mHeap.pop_back();
+        mSlot[top] = -1;
+        if (mHeap.empty()) return top;
+        int slot = 0;
+        const int size = static_cast<int>(mHeap.size());
+        while (true) {
+            int child = 2 * slot + 1;
+            if (child >= size) break;
+            if (child + 1 < size && Lighter(mHeap[child + 1], mHeap[child])) ++child;
+            if (!Lighter(mHeap[child], last)) break;
+            Place(slot, mHeap[child]);
+            slot = child;
+        }
+        Place(slot, last);
+        return top;
     }
 
     const NeighborGraph& mGraph;
     std::vector<Vector3>& mNormals;
     std::vector<char>& mOriented;
-    std::priority_queue<Edge, std::vector<Edge>, HeavierEdge> mHeap;
+    std::vector<double> mKey;  ///< lightest edge to the forest, while in the heap
+    std::vector<int> mParent;  ///< the forest point of that edge
+    std::vector<int> mSlot;    ///< heap position, -1 when not in the heap
+    std::vector<int> mHeap;
 };
 
 }  // namespace
