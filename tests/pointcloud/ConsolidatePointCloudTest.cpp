@@ -388,6 +388,13 @@ TEST(ConsolidatePointCloud, BadArgumentsLogTheirLineAndLeaveTheCloudAsItWas) {
          "ConsolidatePointCloud::SmoothGeometry: invalid selectIndex: 30"},
         {kNaNCoord, [](PointCloud* c) { return CPC::SmoothGeometry(c, 8, 1, nullptr); }, -3,
          "_SmoothGeometry: InitAnn Failed -3"},
+        {kNormals,
+         [&](PointCloud* c) {
+             PointCloud other = zoltest::MakeCloud(zoltest::RandomPoints(40, 8));
+             info.InitAnn(&other, 8);
+             return CPC::_SmoothGeometry(c, info, 8, 1, nullptr, CPC::SMOOTH_QUALITY_PLANE);
+         },
+         -2, "_SmoothGeometry: info holds the index of another cloud"},
     };
     for (const Case& c : cases) {
         const int n = c.kind == kEmpty ? 0 : c.kind == kTwoPoints ? 2 : 30;

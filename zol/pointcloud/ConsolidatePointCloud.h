@@ -61,7 +61,9 @@ public:
                                          int neighborCount,
                                          const Vector3* cameraDirection = nullptr);
     /// CalculatePointCloudNormal on the caller's neighbour context (same checks, lines
-    /// and statuses).
+    /// and statuses); RESULT_INVALID_INPUT (-2) also when \p info already holds the index
+    /// of a cloud of another size ("ConsolidatePointCloud::CalculatePointCloudNormal: info
+    /// holds the index of another cloud").
     static int _CalculatePointCloudNormal(IPointCloud* pointCloud,
                                           PointCloudInfo& info,
                                           int neighborCount,
@@ -131,7 +133,10 @@ public:
                             double normalWeight,
                             int neighborCount,
                             const std::vector<int>* fixedIndex);
-    /// SmoothNormal on the caller's neighbour context (same checks, lines and statuses).
+    /// SmoothNormal on the caller's neighbour context (same checks, lines and statuses);
+    /// RESULT_INVALID_INPUT (-2) also when \p info already holds the index of a cloud of
+    /// another size ("ConsolidatePointCloud::SmoothNormal: info holds the index of another
+    /// cloud").
     static int _SmoothNormal(IPointCloud* pointCloud,
                              PointCloudInfo& info,
                              double normalWeight,
@@ -165,7 +170,9 @@ public:
     ///         sharpAngle, sharpAngle > 180 * ONE_RADIAN || sharpAngle < 0 - " and the
     ///         value), an empty selection ("SmoothGeometryByNormal: selectIndex is empty"),
     ///         a selected index outside the cloud ("SmoothGeometryByNormal: invalid
-    ///         selectIndex: " and the index);
+    ///         selectIndex: " and the index), \p info holding the index of a cloud of
+    ///         another size ("SmoothGeometryByNormal: info holds the index of another
+    ///         cloud");
     ///         the neighbour step's status ("SmoothGeometryByNormal: InitAnn Failed ",
     ///         "SmoothGeometryByNormal Ann find nearest neighbor failed " and the status).
     static int _SmoothGeometryByNormal(IPointCloud* pointCloud,
@@ -201,7 +208,9 @@ public:
     /// \param[in] iterationCount passes; none are made below 1.
     /// \param[in] selectIndex points that move; null for all.
     /// \return RESULT_OK (0);
-    ///         RESULT_INVALID_INPUT (-2) for an empty selection ("ConsolidatePointCloud::
+    ///         RESULT_INVALID_INPUT (-2) when \p info already holds the index of a cloud of
+    ///         another size ("_SmoothGeometry: info holds the index of another cloud"), for
+    ///         an empty selection ("ConsolidatePointCloud::
     ///         SmoothGeometry: selectIndex is empty") or a selected index outside the cloud
     ///         ("ConsolidatePointCloud::SmoothGeometry: invalid selectIndex: " and the
     ///         index);

@@ -152,6 +152,10 @@ int ConsolidatePointCloud::_SmoothGeometry(IPointCloud* pointCloud,
                                            int iterationCount,
                                            const std::vector<int>* selectIndex,
                                            SmoothQuality quality) {
+    if (pointCloud != nullptr && HoldsIndexOfOtherCloud(info, pointCloud->GetPointCount())) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "_SmoothGeometry: info holds the index of another cloud");
+    }
     int status = info.InitAnn(pointCloud, neighborCount);
     if (status != RESULT_OK) return LogFailure(status, "_SmoothGeometry: InitAnn Failed ", status);
     SetProgress(0.1);
@@ -261,6 +265,10 @@ int ConsolidatePointCloud::_SmoothGeometryByNormal(IPointCloud* pointCloud,
                           "SmoothGeometryByNormal: invalid selectIndex: ", badIndex);
     }
     const int k = std::min(n, neighborCount);
+    if (HoldsIndexOfOtherCloud(info, n)) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "SmoothGeometryByNormal: info holds the index of another cloud");
+    }
     int status = info.InitAnn(pointCloud, k);
     if (status != RESULT_OK)
         return LogFailure(status, "SmoothGeometryByNormal: InitAnn Failed ", status);

@@ -146,6 +146,12 @@ int ConsolidatePointCloud::_CalculatePointCloudNormal(IPointCloud* pointCloud,
             RESULT_FAIL,
             "ConsolidatePointCloud::CalculatePointCloudNormal invalid pointCount: ", n);
     }
+    if (HoldsIndexOfOtherCloud(info, n)) {
+        return LogFailure(
+            RESULT_INVALID_INPUT,
+            "ConsolidatePointCloud::CalculatePointCloudNormal: info holds the index of "
+            "another cloud");
+    }
     const int k = std::min(n, neighborCount);
     std::vector<int> ids;
     int status = FindAllNeighbors(pointCloud, info, k, ids);

@@ -71,6 +71,11 @@ int ConsolidatePointCloud::_SmoothNormal(IPointCloud* pointCloud,
                           "ConsolidatePointCloud::SmoothNormal invalid fixedIndex: ", badIndex);
     }
     const int k = std::min(n, neighborCount);
+    if (HoldsIndexOfOtherCloud(info, n)) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "ConsolidatePointCloud::SmoothNormal: info holds the index of another "
+                          "cloud");
+    }
     int status = info.InitAnn(pointCloud, k);
     if (status != RESULT_OK) {
         return LogFailure(status, "ConsolidatePointCloud::SmoothNormal: InitAnn failed ", status);

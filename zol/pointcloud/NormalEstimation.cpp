@@ -94,6 +94,10 @@ int EstimatePointNormal(IPointCloud* pointCloud,
     if (status != RESULT_OK) return status;
     // Only the neighbourhood is copied, in list order, so that the fit matches the one
     // made over the whole cloud's coordinate array.
+    const int n = pointCloud->GetPointCount();
+    for (int id : ids) {
+        if (id < 0 || id >= n) return RESULT_INVALID_INPUT;  // an index over another cloud
+    }
     std::vector<double> xyz(ids.size() * 3);
     std::vector<int> local(ids.size());
     for (size_t t = 0; t < ids.size(); ++t) {

@@ -43,7 +43,8 @@ bool FitPlaneNormal(const double* xyz,
 /// have been built by info.InitAnn over the same cloud; cached lists are used when
 /// present). Safe to call from several threads once the index is built.
 /// \param[out] normal the unit normal, unoriented; (0, 0, 0) when the fit fails.
-/// \return RESULT_OK (0); RESULT_INVALID_INPUT (-2) for a null cloud; RESULT_FAIL (-1)
+/// \return RESULT_OK (0); RESULT_INVALID_INPUT (-2) for a null cloud or an index over
+///         another cloud (a neighbour id outside this one); RESULT_FAIL (-1)
 ///         when the neighbours do not span a plane; GetNeighbor's status when the
 ///         neighbours cannot be read.
 int EstimatePointNormal(IPointCloud* pointCloud,

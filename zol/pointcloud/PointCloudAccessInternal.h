@@ -7,9 +7,18 @@
 
 #include <zol/core/IPointList.h>
 #include <zol/core/Vector3.h>
+#include <zol/runtime/Ann.h>
 #include <zol/runtime/PointCloudInfo.h>
 
 namespace ZOL {
+
+/// True when \p info already holds an index over another number of points than the
+/// cloud's: InitAnn keeps an existing index, and its neighbour ids would then point
+/// outside the cloud.
+inline bool HoldsIndexOfOtherCloud(const PointCloudInfo& info, int pointCount) {
+    const Ann* ann = info.GetAnn();
+    return ann != nullptr && ann->GetPointCount() > 0 && ann->GetPointCount() != pointCount;
+}
 
 /// The cloud's coordinates as x, y, z triples.
 inline std::vector<double> CopyCloudCoords(const IPointCloud* cloud) {

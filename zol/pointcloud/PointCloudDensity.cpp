@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <zol/pointcloud/PointCloudAccessInternal.h>
 #include <zol/pointcloud/PointSelectionInternal.h>
 #include <zol/runtime/Ann.h>
 #include <zol/runtime/ApiProgress.h>
@@ -97,6 +98,10 @@ int _CalculatePointListDensity(const IPointCloud* pointCloud,
     if (!MarkPointSelection(selectIndex, n, true, marks, badIndex)) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "CalculatePointListDensity: invalid selectIndex: ", badIndex);
+    }
+    if (HoldsIndexOfOtherCloud(info, n)) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "CalculatePointListDensity: info holds the index of another cloud");
     }
     int status = info.InitAnn(pointCloud, neighborCount);
     if (status != RESULT_OK) {

@@ -48,8 +48,10 @@ ZOL_API int CalculatePointListDensity(const IPointList* pointList,
 /// \return RESULT_OK (0);
 ///         RESULT_INVALID_INPUT (-2) for a null cloud ("CalculatePointListDensity:
 ///         invalid input"), an empty selection ("CalculatePointListDensity: selectIndex
-///         is empty") or a selected index outside the cloud ("CalculatePointListDensity:
-///         invalid selectIndex: " and the index);
+///         is empty"), a selected index outside the cloud ("CalculatePointListDensity:
+///         invalid selectIndex: " and the index) or \p info holding the index of a cloud
+///         of another size ("CalculatePointListDensity: info holds the index of another
+///         cloud");
 ///         RESULT_FAIL (-1) when the cloud has fewer than 2 points or neighborCount < 2
 ///         ("CalculatePointListDensity invalid pointCount: " n " neighborCount: " k);
 ///         InitAnn's status when the index cannot be built ("CalculatePointListDensity:
