@@ -49,5 +49,9 @@
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
 
+// Point-cloud processing: normals, smoothing, density
+#include <zol/pointcloud/ConsolidatePointCloud.h>
+#include <zol/pointcloud/PointCloudDensity.h>
+
 // Shape detection: primitive fits and tangent-face selection
 #include <zol/shape/DetectShape.h>
