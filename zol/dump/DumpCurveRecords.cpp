@@ -21,8 +21,8 @@ int DumpOptimiseMappingInterpolate::Run() {
 
 int DumpOptimiseMappingTransferToMesh::Run() {
     std::vector<Vector3> values;
-    return Finish(OptimiseMapping::TransferToMesh(Field<0>().get(), Field<1>(), Field<2>().get(),
-                                                  &values));
+    return Finish(
+        OptimiseMapping::TransferToMesh(Field<0>().get(), Field<1>(), Field<2>().get(), &values));
 }
 
 int DumpOptimiseCurveApproximateOffset::Run() {
@@ -74,8 +74,8 @@ int DumpTuneTextureImageColor::Run() { return Finish(RESULT_NOT_AVAILABLE); }
 
 int DumpDigitalReliefCompressHeightField::Run() {
     std::vector<double> compressed;
-    return Finish(DigitalRelief::CompressHeightField(Field<0>(), Field<1>(), Field<2>(),
-                                                     Field<3>(), &compressed));
+    return Finish(DigitalRelief::CompressHeightField(Field<0>(), Field<1>(), Field<2>(), Field<3>(),
+                                                     &compressed));
 }
 
 }  // namespace ZOL

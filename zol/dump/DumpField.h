@@ -99,8 +99,7 @@ struct DumpText<PointOnFace> {
         DumpText<Vector3>::Write(out, p.mBarycentric);
     }
     static bool Read(std::istream& in, PointOnFace& p) {
-        return DumpBase::ReadInt(in, p.mTriangleId) &&
-               DumpText<Vector3>::Read(in, p.mBarycentric);
+        return DumpBase::ReadInt(in, p.mTriangleId) && DumpText<Vector3>::Read(in, p.mBarycentric);
     }
 };
 
@@ -126,8 +125,7 @@ struct DumpText<ImageColorId> {
     }
     static bool Read(std::istream& in, ImageColorId& id) {
         int image = 0, x = 0, y = 0;
-        if (!DumpBase::ReadInt(in, image) || !DumpBase::ReadInt(in, x) ||
-            !DumpBase::ReadInt(in, y))
+        if (!DumpBase::ReadInt(in, image) || !DumpBase::ReadInt(in, x) || !DumpBase::ReadInt(in, y))
             return false;
         id.Set(image, x, y);
         return true;

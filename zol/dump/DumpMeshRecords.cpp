@@ -36,17 +36,16 @@ int DumpFindMeshHole::Run() {
 
 int DumpFillMeshHole::Run() {
     std::vector<double> outputFields;
-    const int status =
-        FillMeshHole::FillHoles(Field<0>().get(), OptionalField<1>(),
-                                static_cast<FillMeshHoleType>(Field<2>()), OptionalField<3>(),
-                                &outputFields);
+    const int status = FillMeshHole::FillHoles(Field<0>().get(), OptionalField<1>(),
+                                               static_cast<FillMeshHoleType>(Field<2>()),
+                                               OptionalField<3>(), &outputFields);
     // This record has always logged under this spelling; hosts grep for it.
     return LogRunResult("DumpFillHoleMesh", status);
 }
 
 int DumpMeshFilterLaplaceSmooth::Run() {
-    return Finish(FilterMesh::LaplaceSmooth(Field<0>().get(), Field<1>(), Field<2>(),
-                                            OptionalField<3>()));
+    return Finish(
+        FilterMesh::LaplaceSmooth(Field<0>().get(), Field<1>(), Field<2>(), OptionalField<3>()));
 }
 
 int DumpMeshFilterEnhanceDetail::Run() {
@@ -80,8 +79,8 @@ int DumpMeshSubdivisionDensify::Run() {
 
 int DumpMeshUnfoldConformal::Run() {
     std::vector<Vector2> texCoords;
-    return Finish(UnfoldMesh::ConformalMap(Field<0>().get(), OptionalField<1>(),
-                                           OptionalField<2>(), &texCoords));
+    return Finish(UnfoldMesh::ConformalMap(Field<0>().get(), OptionalField<1>(), OptionalField<2>(),
+                                           &texCoords));
 }
 
 int DumpMeshUnfoldOptimizeIsometric::Run() {
@@ -202,8 +201,8 @@ void DumpMeshQueryTool::DumpApiInfo(const ITriMesh* referenceMesh, const Vector3
 
 void DumpMeshQueryTool::DumpApiInfo(const ITriMesh* referenceMesh,
                                     const std::vector<Vector3>& points) {
-    WriteDumpFile("_Point_To_Mesh_Distance_", API_MeshQueryTool, referenceMesh,
-                  QUERY_NEAREST_LIST, points, 0);
+    WriteDumpFile("_Point_To_Mesh_Distance_", API_MeshQueryTool, referenceMesh, QUERY_NEAREST_LIST,
+                  points, 0);
 }
 
 void DumpMeshQueryTool::DumpApiInfo(const ITriMesh* referenceMesh,
@@ -238,8 +237,8 @@ int DumpMeshQueryTool::Run() {
             std::vector<PointOnFace> hits;
             std::vector<double> distances;
             std::vector<Vector3> positions;
-            status = tool.RayIntersections(first, second, Field<3>(), &hits, &distances,
-                                           &positions);
+            status =
+                tool.RayIntersections(first, second, Field<3>(), &hits, &distances, &positions);
             break;
         }
         default:
@@ -261,10 +260,10 @@ void DumpMeshMeasureSectionExact::DumpApiInfo(const ITriMesh* triMesh,
 
 void DumpMeshMeasureSectionExact::DumpApiInfo(const ITriMesh* triMesh,
                                               const std::vector<PointOnFace>& sectionPoints) {
-    WriteDumpFile("_Mesh_Measure_Section_Pof_Exact_",
-                  sectionPoints.empty() ? API_MeshMeasureSectionExact
-                                        : API_MeshMeasureSectionExactFacePoints,
-                  triMesh, Vector3(), Vector3(), false, sectionPoints);
+    WriteDumpFile(
+        "_Mesh_Measure_Section_Pof_Exact_",
+        sectionPoints.empty() ? API_MeshMeasureSectionExact : API_MeshMeasureSectionExactFacePoints,
+        triMesh, Vector3(), Vector3(), false, sectionPoints);
 }
 
 ApiName DumpMeshMeasureSectionExact::GetApiName() const {
@@ -273,8 +272,7 @@ ApiName DumpMeshMeasureSectionExact::GetApiName() const {
 }
 
 bool DumpMeshMeasureSectionExact::AcceptsApiName(int value) {
-    return value == API_MeshMeasureSectionExact ||
-           value == API_MeshMeasureSectionExactConvexHull ||
+    return value == API_MeshMeasureSectionExact || value == API_MeshMeasureSectionExactConvexHull ||
            value == API_MeshMeasureSectionExactFacePoints;
 }
 
@@ -284,8 +282,8 @@ void DumpMeshMeasureSectionApproximate::DumpApiInfo(const ITriMesh* triMesh,
                                                     const Vector3& planePoint,
                                                     const Vector3& planeNormal,
                                                     bool convexHull) {
-    WriteDumpFile("_Mesh_Measure_Section_Approximate_", API_MeshMeasureSectionApproximate,
-                  triMesh, planePoint, planeNormal, convexHull, std::vector<PointOnFace>());
+    WriteDumpFile("_Mesh_Measure_Section_Approximate_", API_MeshMeasureSectionApproximate, triMesh,
+                  planePoint, planeNormal, convexHull, std::vector<PointOnFace>());
 }
 
 void DumpMeshMeasureSectionApproximate::DumpApiInfo(const ITriMesh* triMesh,

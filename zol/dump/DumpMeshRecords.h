@@ -25,36 +25,44 @@ public:
 };
 
 /// Records ConsolidateMesh::ConsolidateGeometry.
-class ZOL_API DumpMeshConsolidationGeometry final
-    : public DumpRecord<DumpMeshConsolidationGeometry, dumpfield::Mesh, dumpfield::Value<double>, dumpfield::Value<double>> {
+class ZOL_API DumpMeshConsolidationGeometry final : public DumpRecord<DumpMeshConsolidationGeometry,
+                                                                      dumpfield::Mesh,
+                                                                      dumpfield::Value<double>,
+                                                                      dumpfield::Value<double>> {
 public:
     int Run() override;
 };
 
 /// Records FillMeshHole::FindHoles.
-class ZOL_API DumpFindMeshHole final
-    : public DumpRecord<DumpFindMeshHole, dumpfield::Mesh> {
+class ZOL_API DumpFindMeshHole final : public DumpRecord<DumpFindMeshHole, dumpfield::Mesh> {
 public:
     int Run() override;
 };
 
 /// Records FilterMesh::LaplaceSmooth.
-class ZOL_API DumpMeshFilterLaplaceSmooth final
-    : public DumpRecord<DumpMeshFilterLaplaceSmooth, dumpfield::Mesh, dumpfield::Value<double>, dumpfield::Value<int>, dumpfield::OptVec<int>> {
+class ZOL_API DumpMeshFilterLaplaceSmooth final : public DumpRecord<DumpMeshFilterLaplaceSmooth,
+                                                                    dumpfield::Mesh,
+                                                                    dumpfield::Value<double>,
+                                                                    dumpfield::Value<int>,
+                                                                    dumpfield::OptVec<int>> {
 public:
     int Run() override;
 };
 
 /// Records FilterMesh::EnhanceDetail.
-class ZOL_API DumpMeshFilterEnhanceDetail final
-    : public DumpRecord<DumpMeshFilterEnhanceDetail, dumpfield::Mesh, dumpfield::Value<double>, dumpfield::Value<int>> {
+class ZOL_API DumpMeshFilterEnhanceDetail final : public DumpRecord<DumpMeshFilterEnhanceDetail,
+                                                                    dumpfield::Mesh,
+                                                                    dumpfield::Value<double>,
+                                                                    dumpfield::Value<int>> {
 public:
     int Run() override;
 };
 
 /// Records UnfoldMesh::PackUVAtlas.
-class ZOL_API DumpMeshUnfoldPackUVAtlas final
-    : public DumpRecord<DumpMeshUnfoldPackUVAtlas, dumpfield::Mesh, dumpfield::Value<double>, dumpfield::OptVec<Vector2>> {
+class ZOL_API DumpMeshUnfoldPackUVAtlas final : public DumpRecord<DumpMeshUnfoldPackUVAtlas,
+                                                                  dumpfield::Mesh,
+                                                                  dumpfield::Value<double>,
+                                                                  dumpfield::OptVec<Vector2>> {
 public:
     int Run() override;
 };
@@ -75,14 +83,19 @@ public:
 
 /// Records SimplifyMesh::QuadricSimplifyTextureCoord.
 class ZOL_API DumpMeshSimplificationTextureCoord final
-    : public DumpRecord<DumpMeshSimplificationTextureCoord, dumpfield::Mesh, dumpfield::Value<int>, dumpfield::OptVec<Vector2>> {
+    : public DumpRecord<DumpMeshSimplificationTextureCoord,
+                        dumpfield::Mesh,
+                        dumpfield::Value<int>,
+                        dumpfield::OptVec<Vector2>> {
 public:
     int Run() override;
 };
 
 /// Records ConsolidateMesh::RemoveGeometryNoise.
 class ZOL_API DumpMeshConsolidationRemoveGeometryNoise final
-    : public DumpRecord<DumpMeshConsolidationRemoveGeometryNoise, dumpfield::Mesh, dumpfield::Value<double>> {
+    : public DumpRecord<DumpMeshConsolidationRemoveGeometryNoise,
+                        dumpfield::Mesh,
+                        dumpfield::Value<double>> {
 public:
     int Run() override;
 };
@@ -95,15 +108,20 @@ public:
 };
 
 /// Records UnfoldMesh::ConformalMap.
-class ZOL_API DumpMeshUnfoldConformal final
-    : public DumpRecord<DumpMeshUnfoldConformal, dumpfield::Mesh, dumpfield::OptVec<int>, dumpfield::OptVec<Vector2>> {
+class ZOL_API DumpMeshUnfoldConformal final : public DumpRecord<DumpMeshUnfoldConformal,
+                                                                dumpfield::Mesh,
+                                                                dumpfield::OptVec<int>,
+                                                                dumpfield::OptVec<Vector2>> {
 public:
     int Run() override;
 };
 
 /// Records UnfoldMesh::OptimizeIsometric.
 class ZOL_API DumpMeshUnfoldOptimizeIsometric final
-    : public DumpRecord<DumpMeshUnfoldOptimizeIsometric, dumpfield::Mesh, dumpfield::Value<int>, dumpfield::OptVec<Vector2>> {
+    : public DumpRecord<DumpMeshUnfoldOptimizeIsometric,
+                        dumpfield::Mesh,
+                        dumpfield::Value<int>,
+                        dumpfield::OptVec<Vector2>> {
 public:
     int Run() override;
 };
@@ -124,28 +142,44 @@ public:
 
 /// Records SplitMesh::InsertSplitLineByEdgePoints.
 class ZOL_API DumpMeshSplitInsertSplitLineByEdgePoints final
-    : public DumpRecord<DumpMeshSplitInsertSplitLineByEdgePoints, dumpfield::Mesh, dumpfield::Vec<PointOnEdge>> {
+    : public DumpRecord<DumpMeshSplitInsertSplitLineByEdgePoints,
+                        dumpfield::Mesh,
+                        dumpfield::Vec<PointOnEdge>> {
 public:
     int Run() override;
 };
 
 /// Records TextureImage::CreateByVertexColors.
 class ZOL_API DumpCreateTextureImageByVertexColors final
-    : public DumpRecord<DumpCreateTextureImageByVertexColors, dumpfield::Mesh, dumpfield::Vec<Vector3>, dumpfield::Vec<Vector2>, dumpfield::Value<int>, dumpfield::Value<int>> {
+    : public DumpRecord<DumpCreateTextureImageByVertexColors,
+                        dumpfield::Mesh,
+                        dumpfield::Vec<Vector3>,
+                        dumpfield::Vec<Vector2>,
+                        dumpfield::Value<int>,
+                        dumpfield::Value<int>> {
 public:
     int Run() override;
 };
 
 /// Records TextureImage::CreateByRefImages.
 class ZOL_API DumpCreateTextureImageByRefImages final
-    : public DumpRecord<DumpCreateTextureImageByRefImages, dumpfield::Mesh, dumpfield::Vec<Vector2>, dumpfield::Nested<Color4>, dumpfield::Vec<int>, dumpfield::Vec<ImageColorId>, dumpfield::Value<int>, dumpfield::Value<int>> {
+    : public DumpRecord<DumpCreateTextureImageByRefImages,
+                        dumpfield::Mesh,
+                        dumpfield::Vec<Vector2>,
+                        dumpfield::Nested<Color4>,
+                        dumpfield::Vec<int>,
+                        dumpfield::Vec<ImageColorId>,
+                        dumpfield::Value<int>,
+                        dumpfield::Value<int>> {
 public:
     int Run() override;
 };
 
 /// Records FillMeshHole::BridgeEdges.
-class ZOL_API DumpBridgeEdges final
-    : public DumpRecord<DumpBridgeEdges, dumpfield::Mesh, dumpfield::Vec<int>, dumpfield::Value<int>> {
+class ZOL_API DumpBridgeEdges final : public DumpRecord<DumpBridgeEdges,
+                                                        dumpfield::Mesh,
+                                                        dumpfield::Vec<int>,
+                                                        dumpfield::Value<int>> {
 public:
     int Run() override;
 };
@@ -159,14 +193,18 @@ public:
 
 /// Records OffsetMesh::UniformApproximateOffset.
 class ZOL_API DumpOffsetMeshUniformApproximate final
-    : public DumpRecord<DumpOffsetMeshUniformApproximate, dumpfield::Mesh, dumpfield::Value<double>> {
+    : public DumpRecord<DumpOffsetMeshUniformApproximate,
+                        dumpfield::Mesh,
+                        dumpfield::Value<double>> {
 public:
     int Run() override;
 };
 
 /// Records SplitMesh::GenerateAtlasSplitLines.
 class ZOL_API DumpMeshSplitGenerateAtlasSplitLines final
-    : public DumpRecord<DumpMeshSplitGenerateAtlasSplitLines, dumpfield::Mesh, dumpfield::Value<int>> {
+    : public DumpRecord<DumpMeshSplitGenerateAtlasSplitLines,
+                        dumpfield::Mesh,
+                        dumpfield::Value<int>> {
 public:
     int Run() override;
 };
@@ -180,21 +218,27 @@ public:
 
 /// Records Triangulation::ConstrainedDelaunayOptimization.
 class ZOL_API DumpTriangulationConstrainedDelaunayOptimization final
-    : public DumpRecord<DumpTriangulationConstrainedDelaunayOptimization, dumpfield::Mesh, dumpfield::OptVec<int>> {
+    : public DumpRecord<DumpTriangulationConstrainedDelaunayOptimization,
+                        dumpfield::Mesh,
+                        dumpfield::OptVec<int>> {
 public:
     int Run() override;
 };
 
 /// Records SimplifyMesh::RemoveVertices.
 class ZOL_API DumpMeshSimplificationByRemovingVertex final
-    : public DumpRecord<DumpMeshSimplificationByRemovingVertex, dumpfield::Mesh, dumpfield::Vec<int>> {
+    : public DumpRecord<DumpMeshSimplificationByRemovingVertex,
+                        dumpfield::Mesh,
+                        dumpfield::Vec<int>> {
 public:
     int Run() override;
 };
 
 /// Records Remesh::UniformRemesh.
-class ZOL_API DumpRemeshUniform final
-    : public DumpRecord<DumpRemeshUniform, dumpfield::Mesh, dumpfield::Value<double>, dumpfield::Value<int>> {
+class ZOL_API DumpRemeshUniform final : public DumpRecord<DumpRemeshUniform,
+                                                          dumpfield::Mesh,
+                                                          dumpfield::Value<double>,
+                                                          dumpfield::Value<int>> {
 public:
     int Run() override;
 };
@@ -208,13 +252,16 @@ public:
 
 /// Records Triangulation::CentroidVoronoiOptimization.
 class ZOL_API DumpTriangulationCentroidVoronoiOptimization final
-    : public DumpRecord<DumpTriangulationCentroidVoronoiOptimization, dumpfield::Mesh, dumpfield::Value<int>, dumpfield::OptVec<int>> {
+    : public DumpRecord<DumpTriangulationCentroidVoronoiOptimization,
+                        dumpfield::Mesh,
+                        dumpfield::Value<int>,
+                        dumpfield::OptVec<int>> {
 public:
     int Run() override;
 };
 
-/// Records IntrinsicColor multi-patch mesh colour tuning; the operation is not declared yet, so the record holds
-/// no fields and Run answers RESULT_NOT_AVAILABLE.
+/// Records IntrinsicColor multi-patch mesh colour tuning; the operation is not declared yet, so the
+/// record holds no fields and Run answers RESULT_NOT_AVAILABLE.
 class ZOL_API DumpTuneMeshColorFromMultiPatch final
     : public DumpRecord<DumpTuneMeshColorFromMultiPatch> {
 public:
@@ -231,15 +278,16 @@ public:
 
 /// Records MeasureMesh thickness; the operation is not declared yet, so the record holds
 /// no fields and Run answers RESULT_NOT_AVAILABLE.
-class ZOL_API DumpMeshMeasureThickness final
-    : public DumpRecord<DumpMeshMeasureThickness> {
+class ZOL_API DumpMeshMeasureThickness final : public DumpRecord<DumpMeshMeasureThickness> {
 public:
     int Run() override;
 };
 
 /// Records DeformMesh::Init.
-class ZOL_API DumpDeformMeshInit final
-    : public DumpRecord<DumpDeformMeshInit, dumpfield::Mesh, dumpfield::Vec<int>, dumpfield::Vec<int>> {
+class ZOL_API DumpDeformMeshInit final : public DumpRecord<DumpDeformMeshInit,
+                                                           dumpfield::Mesh,
+                                                           dumpfield::Vec<int>,
+                                                           dumpfield::Vec<int>> {
 public:
     int Run() override;
 };
@@ -253,14 +301,18 @@ public:
 
 /// Records SplitMesh::InsertSplitLinesByFacePoints.
 class ZOL_API DumpMeshSplitInsertSplitLinesByFacePoints final
-    : public DumpRecord<DumpMeshSplitInsertSplitLinesByFacePoints, dumpfield::Mesh, dumpfield::Nested<PointOnFace>> {
+    : public DumpRecord<DumpMeshSplitInsertSplitLinesByFacePoints,
+                        dumpfield::Mesh,
+                        dumpfield::Nested<PointOnFace>> {
 public:
     int Run() override;
 };
 
 /// Records SubdivideMesh::InsertPointsOnMesh.
 class ZOL_API DumpMeshSubdivisionInsertPointsOnMesh final
-    : public DumpRecord<DumpMeshSubdivisionInsertPointsOnMesh, dumpfield::Mesh, dumpfield::Vec<PointOnFace>> {
+    : public DumpRecord<DumpMeshSubdivisionInsertPointsOnMesh,
+                        dumpfield::Mesh,
+                        dumpfield::Vec<PointOnFace>> {
 public:
     int Run() override;
 };
@@ -307,13 +359,12 @@ public:
 /// Plane sections write under "_Mesh_Measure_Section_Exact_", face-point sections under
 /// "_Mesh_Measure_Section_Pof_Exact_". The operations are not declared yet; until then Run
 /// answers RESULT_NOT_AVAILABLE.
-class ZOL_API DumpMeshMeasureSectionExact final
-    : public DumpRecord<DumpMeshMeasureSectionExact,
-                        dumpfield::Mesh,
-                        dumpfield::Value<Vector3>,
-                        dumpfield::Value<Vector3>,
-                        dumpfield::Value<bool>,
-                        dumpfield::Vec<PointOnFace>> {
+class ZOL_API DumpMeshMeasureSectionExact final : public DumpRecord<DumpMeshMeasureSectionExact,
+                                                                    dumpfield::Mesh,
+                                                                    dumpfield::Value<Vector3>,
+                                                                    dumpfield::Value<Vector3>,
+                                                                    dumpfield::Value<bool>,
+                                                                    dumpfield::Vec<PointOnFace>> {
 public:
     /// Records a plane section.
     void DumpApiInfo(const ITriMesh* triMesh,

@@ -115,9 +115,7 @@ protected:
 
 private:
     template <std::size_t... I>
-    void WriteFields(std::ofstream& out,
-                     std::index_sequence<I...>,
-                     typename Fields::Arg... args) {
+    void WriteFields(std::ofstream& out, std::index_sequence<I...>, typename Fields::Arg... args) {
         // Consecutive inline values share a line; a line ends after the last of them.
         [[maybe_unused]] constexpr bool kInline[] = {Fields::kInline..., false};
         (void)out;

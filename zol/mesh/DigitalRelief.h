@@ -19,7 +19,8 @@ public:
     /// \return RESULT_NOT_AVAILABLE (-8) once the arguments pass; RESULT_INVALID_INPUT (-2)
     ///         for a null output ("DigitalRelief::CompressHeightField: compressedHeights ==
     ///         NULL"), a grid too small or not fitting ("DigitalRelief::CompressHeightField:
-    ///         width < 2 || height < 2 || heights.size() != width * height") or a ratio outside (0, 1]
+    ///         width < 2 || height < 2 || heights.size() != width * height") or a ratio outside (0,
+    ///         1]
     ///         ("DigitalRelief::CompressHeightField: compressRatio out of (0, 1]").
     static int CompressHeightField(const std::vector<double>& heights,
                                    int width,

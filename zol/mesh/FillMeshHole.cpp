@@ -11,8 +11,7 @@
 
 namespace ZOL {
 
-int FillMeshHole::FindHoles(const ITriMesh* triMesh,
-                            std::vector<std::vector<int>>* holeVertexIds) {
+int FillMeshHole::FindHoles(const ITriMesh* triMesh, std::vector<std::vector<int>>* holeVertexIds) {
     SetProgress(0.0);
     DumpCall<DumpFindMeshHole>(triMesh);  // dump hook
     if (triMesh == nullptr || holeVertexIds == nullptr) {
@@ -62,8 +61,9 @@ int FillMeshHole::BridgeEdges(ITriMesh* triMesh,
         return LogFailure(RESULT_INVALID_INPUT, "FillMeshHole::BridgeEdges: triMesh == NULL");
     }
     if (edgeVertexIds.empty() || edgeVertexIds.size() % 4 != 0) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "FillMeshHole::BridgeEdges: edgeVertexIds.empty() || edgeVertexIds.size() % 4 != 0");
+        return LogFailure(
+            RESULT_INVALID_INPUT,
+            "FillMeshHole::BridgeEdges: edgeVertexIds.empty() || edgeVertexIds.size() % 4 != 0");
     }
     if (segmentCount < 1) {
         return LogFailure(RESULT_INVALID_INPUT, "FillMeshHole::BridgeEdges: segmentCount < 1");

@@ -17,8 +17,7 @@ int SubdivideMesh::LoopSubdivide(ITriMesh* triMesh, int iterationCount) {
         return LogFailure(RESULT_INVALID_INPUT, "SubdivideMesh::LoopSubdivide: triMesh == NULL");
     }
     if (iterationCount < 1) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "SubdivideMesh::LoopSubdivide: iterationCount < 1");
+        return LogFailure(RESULT_INVALID_INPUT, "SubdivideMesh::LoopSubdivide: iterationCount < 1");
     }
     return NotAvailable(Unavailable::SubdivideMesh_LoopSubdivide);
 }

@@ -45,8 +45,8 @@ int TextureImage::CreateByRefImages(const ITriMesh* triMesh,
                                     int imageHeight,
                                     std::vector<Color4>* image) {
     SetProgress(0.0);
-    DumpCall<DumpCreateTextureImageByRefImages>(triMesh, cornerTexCoords, refImages,
-                                                refImageSizes, vertexImageColorIds, imageWidth,
+    DumpCall<DumpCreateTextureImageByRefImages>(triMesh, cornerTexCoords, refImages, refImageSizes,
+                                                vertexImageColorIds, imageWidth,
                                                 imageHeight);  // dump hook
     if (triMesh == nullptr || image == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT,

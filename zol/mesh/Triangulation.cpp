@@ -33,8 +33,9 @@ int Triangulation::MutualTessellation(ITriMesh* triMeshA, ITriMesh* triMeshB) {
     SetProgress(0.0);
     DumpCall<DumpTriangulationMutualTessellation>(triMeshA, triMeshB);  // dump hook
     if (triMeshA == nullptr || triMeshB == nullptr) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "Triangulation::MutualTessellation: triMeshA == NULL || triMeshB == NULL");
+        return LogFailure(
+            RESULT_INVALID_INPUT,
+            "Triangulation::MutualTessellation: triMeshA == NULL || triMeshB == NULL");
     }
     return NotAvailable(Unavailable::Triangulation_MutualTessellation);
 }

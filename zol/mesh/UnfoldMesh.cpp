@@ -23,8 +23,9 @@ int UnfoldMesh::ConformalMap(const ITriMesh* triMesh,
     }
     const size_t fixedCount = fixedVertexIds ? fixedVertexIds->size() : 0;
     if (fixedCount != (fixedCoords ? fixedCoords->size() : 0)) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "UnfoldMesh::ConformalMap: fixedVertexIds and fixedCoords differ in size");
+        return LogFailure(
+            RESULT_INVALID_INPUT,
+            "UnfoldMesh::ConformalMap: fixedVertexIds and fixedCoords differ in size");
     }
     return NotAvailable(Unavailable::UnfoldMesh_ConformalMap);
 }
@@ -77,7 +78,8 @@ int UnfoldMesh::PackUVAtlas(const ITriMesh* triMesh,
                           "UnfoldMesh::PackUVAtlas: triMesh == NULL || cornerTexCoords == NULL");
     }
     if (!(gapRatio >= 0.0 && gapRatio < 0.5)) {
-        return LogFailure(RESULT_INVALID_INPUT, "UnfoldMesh::PackUVAtlas: gapRatio out of [0, 0.5)");
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "UnfoldMesh::PackUVAtlas: gapRatio out of [0, 0.5)");
     }
     if (cornerTexCoords->size() != 3 * static_cast<size_t>(triMesh->GetTriangleCount())) {
         return LogFailure(RESULT_INVALID_INPUT,

@@ -12,7 +12,8 @@ namespace ZOL {
 int ConsolidateGrid::RemoveGridNoise(IGridPointCloud* gridCloud, int minNeighborCount) {
     SetProgress(0.0);
     if (gridCloud == nullptr) {
-        return LogFailure(RESULT_INVALID_INPUT, "ConsolidateGrid::RemoveGridNoise: gridCloud == NULL");
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "ConsolidateGrid::RemoveGridNoise: gridCloud == NULL");
     }
     if (minNeighborCount < 1 || minNeighborCount > 8) {
         return LogFailure(RESULT_INVALID_INPUT,

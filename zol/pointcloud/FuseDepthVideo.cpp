@@ -27,7 +27,8 @@ int FuseDepthVideo::UpdateFrame(const std::vector<double>& depths,
                           "FuseDepthVideo::UpdateFrame: depths.size() != width * height");
     }
     if (intrinsics.size() != 4) {
-        return LogFailure(RESULT_INVALID_INPUT, "FuseDepthVideo::UpdateFrame: intrinsics.size() != 4");
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "FuseDepthVideo::UpdateFrame: intrinsics.size() != 4");
     }
     if (!IsValidVolumeBox(mResolution, mBBoxMin, mBBoxMax)) {
         return LogFailure(RESULT_INVALID_INPUT,

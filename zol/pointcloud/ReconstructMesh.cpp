@@ -23,7 +23,8 @@ int ReconstructMesh::Reconstruct(const IPointCloud* pointCloud, int depth, ITriM
                           "ReconstructMesh::Reconstruct: pointCloud should has normal first");
     }
     if (depth < 1 || depth > 16) {
-        return LogFailure(RESULT_INVALID_INPUT, "ReconstructMesh::Reconstruct: depth out of [1, 16]");
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "ReconstructMesh::Reconstruct: depth out of [1, 16]");
     }
     return NotAvailable(Unavailable::ReconstructMesh_Reconstruct);
 }
