@@ -346,45 +346,32 @@ struct ZOL_API OptMatrix {
     }
 };
 
-/// Several point clouds: the count on a line, then each cloud as Cloud (null allowed).
-struct ZOL_API CloudList {
-    using Arg = const std::vector<IPointCloud*>&;
-    using Member = std::vector<std::unique_ptr<PointCloud>>;
+/// Several items of one kind: the count on a line, then each item (null allowed).
+/// \p Interface is the item type the API's vector points to.
+template <typename Item, typename Interface>
+struct ZOL_API ListOf {
+    using Arg = const std::vector<Interface*>&;
+    using Member = std::vector<typename Item::Member>;
     static constexpr bool kInline = false;
-    static void Write(DumpBase& base, std::ofstream& out, Arg clouds) {
-        out << clouds.size() << '\n';
-        for (const IPointCloud* cloud : clouds) Cloud::Write(base, out, cloud);
+    static void Write(DumpBase& base, std::ofstream& out, Arg items) {
+        out << items.size() << '\n';
+        for (const Interface* item : items) Item::Write(base, out, item);
     }
-    static bool Read(DumpBase& base, std::ifstream& in, Member& clouds) {
+    static bool Read(DumpBase& base, std::ifstream& in, Member& items) {
         int count = 0;
         if (!DumpBase::ReadCount(in, 1, count)) return false;
-        clouds.clear();
-        clouds.resize(static_cast<std::size_t>(count));
-        for (std::unique_ptr<PointCloud>& cloud : clouds)
-            if (!Cloud::Read(base, in, cloud)) return false;
+        items.clear();
+        items.resize(static_cast<std::size_t>(count));
+        for (auto& item : items)
+            if (!Item::Read(base, in, item)) return false;
         return true;
     }
 };
 
-/// Several meshes: the count on a line, then each mesh as Mesh (null allowed).
-struct ZOL_API MeshList {
-    using Arg = const std::vector<ITriMesh*>&;
-    using Member = std::vector<std::unique_ptr<TriMesh>>;
-    static constexpr bool kInline = false;
-    static void Write(DumpBase& base, std::ofstream& out, Arg meshes) {
-        out << meshes.size() << '\n';
-        for (const ITriMesh* mesh : meshes) Mesh::Write(base, out, mesh);
-    }
-    static bool Read(DumpBase& base, std::ifstream& in, Member& meshes) {
-        int count = 0;
-        if (!DumpBase::ReadCount(in, 1, count)) return false;
-        meshes.clear();
-        meshes.resize(static_cast<std::size_t>(count));
-        for (std::unique_ptr<TriMesh>& mesh : meshes)
-            if (!Mesh::Read(base, in, mesh)) return false;
-        return true;
-    }
-};
+/// Several point clouds, each as Cloud.
+using CloudList = ListOf<Cloud, IPointCloud>;
+/// Several meshes, each as Mesh.
+using MeshList = ListOf<Mesh, ITriMesh>;
 
 }  // namespace dumpfield
 }  // namespace ZOL

@@ -18,304 +18,153 @@
 namespace ZOL {
 
 /// Records ConsolidateMesh::MakeTriMeshManifold.
-class ZOL_API DumpMeshConsolidationMakeManifold final
-    : public DumpRecord<DumpMeshConsolidationMakeManifold, dumpfield::Mesh> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshConsolidationMakeManifold, dumpfield::Mesh);
 
 /// Records ConsolidateMesh::ConsolidateGeometry.
-class ZOL_API DumpMeshConsolidationGeometry final : public DumpRecord<DumpMeshConsolidationGeometry,
-                                                                      dumpfield::Mesh,
-                                                                      dumpfield::Value<double>,
-                                                                      dumpfield::Value<double>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshConsolidationGeometry,
+                dumpfield::Mesh,
+                dumpfield::Value<double>,
+                dumpfield::Value<double>);
 
 /// Records FillMeshHole::FindHoles.
-class ZOL_API DumpFindMeshHole final : public DumpRecord<DumpFindMeshHole, dumpfield::Mesh> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(FindMeshHole, dumpfield::Mesh);
 
 /// Records FilterMesh::LaplaceSmooth.
-class ZOL_API DumpMeshFilterLaplaceSmooth final : public DumpRecord<DumpMeshFilterLaplaceSmooth,
-                                                                    dumpfield::Mesh,
-                                                                    dumpfield::Value<double>,
-                                                                    dumpfield::Value<int>,
-                                                                    dumpfield::OptVec<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshFilterLaplaceSmooth,
+                dumpfield::Mesh,
+                dumpfield::Value<double>,
+                dumpfield::Value<int>,
+                dumpfield::OptVec<int>);
 
 /// Records FilterMesh::EnhanceDetail.
-class ZOL_API DumpMeshFilterEnhanceDetail final : public DumpRecord<DumpMeshFilterEnhanceDetail,
-                                                                    dumpfield::Mesh,
-                                                                    dumpfield::Value<double>,
-                                                                    dumpfield::Value<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshFilterEnhanceDetail,
+                dumpfield::Mesh,
+                dumpfield::Value<double>,
+                dumpfield::Value<int>);
 
 /// Records UnfoldMesh::PackUVAtlas.
-class ZOL_API DumpMeshUnfoldPackUVAtlas final : public DumpRecord<DumpMeshUnfoldPackUVAtlas,
-                                                                  dumpfield::Mesh,
-                                                                  dumpfield::Value<double>,
-                                                                  dumpfield::OptVec<Vector2>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshUnfoldPackUVAtlas,
+                dumpfield::Mesh,
+                dumpfield::Value<double>,
+                dumpfield::OptVec<Vector2>);
 
 /// Records SubdivideMesh::LoopSubdivide.
-class ZOL_API DumpMeshSubdivisionLoop final
-    : public DumpRecord<DumpMeshSubdivisionLoop, dumpfield::Mesh, dumpfield::Value<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSubdivisionLoop, dumpfield::Mesh, dumpfield::Value<int>);
 
 /// Records SimplifyMesh::QuadricSimplify.
-class ZOL_API DumpMeshSimplificationQuadric final
-    : public DumpRecord<DumpMeshSimplificationQuadric, dumpfield::Mesh, dumpfield::Value<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSimplificationQuadric, dumpfield::Mesh, dumpfield::Value<int>);
 
 /// Records SimplifyMesh::QuadricSimplifyTextureCoord.
-class ZOL_API DumpMeshSimplificationTextureCoord final
-    : public DumpRecord<DumpMeshSimplificationTextureCoord,
-                        dumpfield::Mesh,
-                        dumpfield::Value<int>,
-                        dumpfield::OptVec<Vector2>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSimplificationTextureCoord,
+                dumpfield::Mesh,
+                dumpfield::Value<int>,
+                dumpfield::OptVec<Vector2>);
 
 /// Records ConsolidateMesh::RemoveGeometryNoise.
-class ZOL_API DumpMeshConsolidationRemoveGeometryNoise final
-    : public DumpRecord<DumpMeshConsolidationRemoveGeometryNoise,
-                        dumpfield::Mesh,
-                        dumpfield::Value<double>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshConsolidationRemoveGeometryNoise, dumpfield::Mesh, dumpfield::Value<double>);
 
 /// Records SubdivideMesh::Densify.
-class ZOL_API DumpMeshSubdivisionDensify final
-    : public DumpRecord<DumpMeshSubdivisionDensify, dumpfield::Mesh, dumpfield::Value<double>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSubdivisionDensify, dumpfield::Mesh, dumpfield::Value<double>);
 
 /// Records UnfoldMesh::ConformalMap.
-class ZOL_API DumpMeshUnfoldConformal final : public DumpRecord<DumpMeshUnfoldConformal,
-                                                                dumpfield::Mesh,
-                                                                dumpfield::OptVec<int>,
-                                                                dumpfield::OptVec<Vector2>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshUnfoldConformal,
+                dumpfield::Mesh,
+                dumpfield::OptVec<int>,
+                dumpfield::OptVec<Vector2>);
 
 /// Records UnfoldMesh::OptimizeIsometric.
-class ZOL_API DumpMeshUnfoldOptimizeIsometric final
-    : public DumpRecord<DumpMeshUnfoldOptimizeIsometric,
-                        dumpfield::Mesh,
-                        dumpfield::Value<int>,
-                        dumpfield::OptVec<Vector2>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshUnfoldOptimizeIsometric,
+                dumpfield::Mesh,
+                dumpfield::Value<int>,
+                dumpfield::OptVec<Vector2>);
 
 /// Records UnfoldMesh::GenerateUVAtlas.
-class ZOL_API DumpMeshUnfoldGenerateUVAtlas final
-    : public DumpRecord<DumpMeshUnfoldGenerateUVAtlas, dumpfield::Mesh, dumpfield::Value<double>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshUnfoldGenerateUVAtlas, dumpfield::Mesh, dumpfield::Value<double>);
 
 /// Records SplitMesh::SplitByLines.
-class ZOL_API DumpMeshSplitByLines final
-    : public DumpRecord<DumpMeshSplitByLines, dumpfield::Mesh, dumpfield::Nested<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSplitByLines, dumpfield::Mesh, dumpfield::Nested<int>);
 
 /// Records SplitMesh::InsertSplitLineByEdgePoints.
-class ZOL_API DumpMeshSplitInsertSplitLineByEdgePoints final
-    : public DumpRecord<DumpMeshSplitInsertSplitLineByEdgePoints,
-                        dumpfield::Mesh,
-                        dumpfield::Vec<PointOnEdge>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSplitInsertSplitLineByEdgePoints, dumpfield::Mesh, dumpfield::Vec<PointOnEdge>);
 
 /// Records TextureImage::CreateByVertexColors.
-class ZOL_API DumpCreateTextureImageByVertexColors final
-    : public DumpRecord<DumpCreateTextureImageByVertexColors,
-                        dumpfield::Mesh,
-                        dumpfield::Vec<Vector3>,
-                        dumpfield::Vec<Vector2>,
-                        dumpfield::Value<int>,
-                        dumpfield::Value<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(CreateTextureImageByVertexColors,
+                dumpfield::Mesh,
+                dumpfield::Vec<Vector3>,
+                dumpfield::Vec<Vector2>,
+                dumpfield::Value<int>,
+                dumpfield::Value<int>);
 
 /// Records TextureImage::CreateByRefImages.
-class ZOL_API DumpCreateTextureImageByRefImages final
-    : public DumpRecord<DumpCreateTextureImageByRefImages,
-                        dumpfield::Mesh,
-                        dumpfield::Vec<Vector2>,
-                        dumpfield::Nested<Color4>,
-                        dumpfield::Vec<int>,
-                        dumpfield::Vec<ImageColorId>,
-                        dumpfield::Value<int>,
-                        dumpfield::Value<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(CreateTextureImageByRefImages,
+                dumpfield::Mesh,
+                dumpfield::Vec<Vector2>,
+                dumpfield::Nested<Color4>,
+                dumpfield::Vec<int>,
+                dumpfield::Vec<ImageColorId>,
+                dumpfield::Value<int>,
+                dumpfield::Value<int>);
 
 /// Records FillMeshHole::BridgeEdges.
-class ZOL_API DumpBridgeEdges final : public DumpRecord<DumpBridgeEdges,
-                                                        dumpfield::Mesh,
-                                                        dumpfield::Vec<int>,
-                                                        dumpfield::Value<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(BridgeEdges, dumpfield::Mesh, dumpfield::Vec<int>, dumpfield::Value<int>);
 
 /// Records SplitMesh::SplitByPlane.
-class ZOL_API DumpMeshSplitByPlane final
-    : public DumpRecord<DumpMeshSplitByPlane, dumpfield::Mesh, dumpfield::Value<Plane3>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSplitByPlane, dumpfield::Mesh, dumpfield::Value<Plane3>);
 
 /// Records OffsetMesh::UniformApproximateOffset.
-class ZOL_API DumpOffsetMeshUniformApproximate final
-    : public DumpRecord<DumpOffsetMeshUniformApproximate,
-                        dumpfield::Mesh,
-                        dumpfield::Value<double>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(OffsetMeshUniformApproximate, dumpfield::Mesh, dumpfield::Value<double>);
 
 /// Records SplitMesh::GenerateAtlasSplitLines.
-class ZOL_API DumpMeshSplitGenerateAtlasSplitLines final
-    : public DumpRecord<DumpMeshSplitGenerateAtlasSplitLines,
-                        dumpfield::Mesh,
-                        dumpfield::Value<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSplitGenerateAtlasSplitLines, dumpfield::Mesh, dumpfield::Value<int>);
 
 /// Records SampleMesh::UniformSample.
-class ZOL_API DumpMeshSamplingUniform final
-    : public DumpRecord<DumpMeshSamplingUniform, dumpfield::Mesh, dumpfield::Value<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSamplingUniform, dumpfield::Mesh, dumpfield::Value<int>);
 
 /// Records Triangulation::ConstrainedDelaunayOptimization.
-class ZOL_API DumpTriangulationConstrainedDelaunayOptimization final
-    : public DumpRecord<DumpTriangulationConstrainedDelaunayOptimization,
-                        dumpfield::Mesh,
-                        dumpfield::OptVec<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(TriangulationConstrainedDelaunayOptimization,
+                dumpfield::Mesh,
+                dumpfield::OptVec<int>);
 
 /// Records SimplifyMesh::RemoveVertices.
-class ZOL_API DumpMeshSimplificationByRemovingVertex final
-    : public DumpRecord<DumpMeshSimplificationByRemovingVertex,
-                        dumpfield::Mesh,
-                        dumpfield::Vec<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSimplificationByRemovingVertex, dumpfield::Mesh, dumpfield::Vec<int>);
 
 /// Records Remesh::UniformRemesh.
-class ZOL_API DumpRemeshUniform final : public DumpRecord<DumpRemeshUniform,
-                                                          dumpfield::Mesh,
-                                                          dumpfield::Value<double>,
-                                                          dumpfield::Value<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(RemeshUniform, dumpfield::Mesh, dumpfield::Value<double>, dumpfield::Value<int>);
 
 /// Records Triangulation::MutualTessellation.
-class ZOL_API DumpTriangulationMutualTessellation final
-    : public DumpRecord<DumpTriangulationMutualTessellation, dumpfield::Mesh, dumpfield::Mesh> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(TriangulationMutualTessellation, dumpfield::Mesh, dumpfield::Mesh);
 
 /// Records Triangulation::CentroidVoronoiOptimization.
-class ZOL_API DumpTriangulationCentroidVoronoiOptimization final
-    : public DumpRecord<DumpTriangulationCentroidVoronoiOptimization,
-                        dumpfield::Mesh,
-                        dumpfield::Value<int>,
-                        dumpfield::OptVec<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(TriangulationCentroidVoronoiOptimization,
+                dumpfield::Mesh,
+                dumpfield::Value<int>,
+                dumpfield::OptVec<int>);
 
 /// Records IntrinsicColor multi-patch mesh colour tuning; the operation is not declared yet, so the
 /// record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-class ZOL_API DumpTuneMeshColorFromMultiPatch final
-    : public DumpRecord<DumpTuneMeshColorFromMultiPatch> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD_PENDING(TuneMeshColorFromMultiPatch);
 
 /// Records MeasureMesh principal curvature; the operation is not declared yet, so the record holds
 /// no fields and Run answers RESULT_NOT_AVAILABLE.
-class ZOL_API DumpMeshMeasurePrincipalCurvature final
-    : public DumpRecord<DumpMeshMeasurePrincipalCurvature> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD_PENDING(MeshMeasurePrincipalCurvature);
 
 /// Records MeasureMesh thickness; the operation is not declared yet, so the record holds
 /// no fields and Run answers RESULT_NOT_AVAILABLE.
-class ZOL_API DumpMeshMeasureThickness final : public DumpRecord<DumpMeshMeasureThickness> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD_PENDING(MeshMeasureThickness);
 
 /// Records DeformMesh::Init.
-class ZOL_API DumpDeformMeshInit final : public DumpRecord<DumpDeformMeshInit,
-                                                           dumpfield::Mesh,
-                                                           dumpfield::Vec<int>,
-                                                           dumpfield::Vec<int>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(DeformMeshInit, dumpfield::Mesh, dumpfield::Vec<int>, dumpfield::Vec<int>);
 
 /// Records DeformMesh::Deform.
-class ZOL_API DumpDeformMeshDeform final
-    : public DumpRecord<DumpDeformMeshDeform, dumpfield::Vec<Vector3>, dumpfield::Mesh> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(DeformMeshDeform, dumpfield::Vec<Vector3>, dumpfield::Mesh);
 
 /// Records SplitMesh::InsertSplitLinesByFacePoints.
-class ZOL_API DumpMeshSplitInsertSplitLinesByFacePoints final
-    : public DumpRecord<DumpMeshSplitInsertSplitLinesByFacePoints,
-                        dumpfield::Mesh,
-                        dumpfield::Nested<PointOnFace>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSplitInsertSplitLinesByFacePoints,
+                dumpfield::Mesh,
+                dumpfield::Nested<PointOnFace>);
 
 /// Records SubdivideMesh::InsertPointsOnMesh.
-class ZOL_API DumpMeshSubdivisionInsertPointsOnMesh final
-    : public DumpRecord<DumpMeshSubdivisionInsertPointsOnMesh,
-                        dumpfield::Mesh,
-                        dumpfield::Vec<PointOnFace>> {
-public:
-    int Run() override;
-};
+ZOL_DUMP_RECORD(MeshSubdivisionInsertPointsOnMesh, dumpfield::Mesh, dumpfield::Vec<PointOnFace>);
 
 /// Records FillMeshHole::FillHoles: the mesh, the seed ids, the fill type and the vertex
 /// fields. Run applies the result to the loaded mesh (GetTriMesh(0)).

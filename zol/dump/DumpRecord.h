@@ -152,3 +152,18 @@ private:
 };
 
 }  // namespace ZOL
+
+/// Declares the record class Dump##Name with the field kinds that follow, in the API's
+/// parameter order; its Run is written by hand next to the other records of its family.
+#define ZOL_DUMP_RECORD(Name, ...)                                                     \
+    class ZOL_API Dump##Name final : public ZOL::DumpRecord<Dump##Name, __VA_ARGS__> { \
+    public:                                                                            \
+        int Run() override;                                                            \
+    }
+
+/// Declares a record whose operation is declared later: it has no fields yet.
+#define ZOL_DUMP_RECORD_PENDING(Name)                                     \
+    class ZOL_API Dump##Name final : public ZOL::DumpRecord<Dump##Name> { \
+    public:                                                               \
+        int Run() override;                                               \
+    }
