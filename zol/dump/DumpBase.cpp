@@ -5,11 +5,10 @@
 #include <zol/dump/DumpBase.h>
 
 #include <atomic>
-#include <cctype>
-#include <cerrno>
-#include <climits>
-#include <cstdlib>
+#include <charconv>
+#include <cstring>
 #include <ctime>
+#include <locale>
 
 #include <zol/dump/DumpField.h>
 #include <zol/dump/DumpHookInternal.h>
@@ -25,6 +24,10 @@ std::atomic<bool> gDumpOnce{false};
 // Longer than any number the writers produce (20 digits, sign, point, exponent).
 constexpr std::size_t kTokenCapacity = 64;
 
+bool IsBlank(int c) {
+    return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
+}
+
 // Reads one whitespace-separated token into buf (NUL-terminated). Fails at the end of the
 // data or for a token too long to be a number.
 bool ReadToken(std::istream& in, char (&buf)[kTokenCapacity]) {
@@ -32,9 +35,9 @@ bool ReadToken(std::istream& in, char (&buf)[kTokenCapacity]) {
     if (sb == nullptr || !in.good()) return false;
     using Traits = std::char_traits<char>;
     Traits::int_type c = sb->sgetc();
-    while (!Traits::eq_int_type(c, Traits::eof()) && std::isspace(c)) c = sb->snextc();
+    while (!Traits::eq_int_type(c, Traits::eof()) && IsBlank(c)) c = sb->snextc();
     std::size_t n = 0;
-    while (!Traits::eq_int_type(c, Traits::eof()) && !std::isspace(c)) {
+    while (!Traits::eq_int_type(c, Traits::eof()) && !IsBlank(c)) {
         if (n + 1 >= kTokenCapacity) {
             in.setstate(std::ios::failbit);
             return false;
@@ -130,6 +133,7 @@ std::string DumpBase::MakeDumpFileName(const char* tag) {
 
 void DumpBase::OpenDumpFile(const char* tag, int apiName, std::ofstream& out) {
     out.open(MakeDumpFileName(tag));
+    out.imbue(std::locale::classic());
     out.precision(20);
     out << apiName << '\n';
 }
@@ -153,6 +157,7 @@ int DumpBase::OpenForLoad(const std::string& fileName,
                           bool (*accepts)(int),
                           std::ifstream& in) {
     in.open(fileName, std::ios::binary);
+    in.imbue(std::locale::classic());
     if (!in) {
         return LogFailure(RESULT_INVALID_INPUT, recordName, "::LoadDumpFile: cannot open ",
                           fileName);
@@ -172,20 +177,22 @@ int DumpBase::LogLoadDamaged(const char* recordName, const std::string& fileName
 bool DumpBase::ReadInt(std::istream& in, int& value) {
     char buf[kTokenCapacity];
     if (!ReadToken(in, buf)) return false;
-    errno = 0;
-    char* end = nullptr;
-    const long v = std::strtol(buf, &end, 10);
-    if (*end != '\0' || errno == ERANGE || v < INT_MIN || v > INT_MAX) return false;
-    value = static_cast<int>(v);
+    const char* end = buf + std::strlen(buf);
+    int v = 0;
+    const std::from_chars_result result = std::from_chars(buf, end, v);
+    if (result.ec != std::errc() || result.ptr != end) return false;
+    value = v;
     return true;
 }
 
 bool DumpBase::ReadReal(std::istream& in, double& value) {
     char buf[kTokenCapacity];
     if (!ReadToken(in, buf)) return false;
-    char* end = nullptr;
-    const double v = std::strtod(buf, &end);
-    if (end == buf || *end != '\0') return false;
+    // Locale-free: a host's decimal comma must not change what a dump file means.
+    const char* end = buf + std::strlen(buf);
+    double v = 0.0;
+    const std::from_chars_result result = std::from_chars(buf, end, v, std::chars_format::general);
+    if (result.ec != std::errc() || result.ptr != end) return false;
     value = v;
     return true;
 }
