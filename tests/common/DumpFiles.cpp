@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include <gtest/gtest.h>
+
 #include <zol/dump/DumpBase.h>
 
 namespace zoltest {
@@ -28,14 +30,21 @@ std::vector<std::string> RecordCall(const std::function<int()>& call, int* statu
     return added;
 }
 
-DumpFileCleanup::DumpFileCleanup() : mBefore(ListDumpFiles()) {}
+DumpDirScope::DumpDirScope() {
+    const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    mHome = std::filesystem::current_path().string();
+    mDir =
+        mHome + "/dumpdir_" +
+        (info ? std::string(info->test_suite_name()) + "_" + info->name() : std::string("scratch"));
+    std::filesystem::remove_all(mDir);
+    std::filesystem::create_directory(mDir);
+    std::filesystem::current_path(mDir);
+}
 
-DumpFileCleanup::~DumpFileCleanup() {
-    for (const std::string& name : ListDumpFiles()) {
-        if (!std::binary_search(mBefore.begin(), mBefore.end(), name)) {
-            std::filesystem::remove(name);
-        }
-    }
+DumpDirScope::~DumpDirScope() {
+    std::filesystem::current_path(mHome);
+    std::error_code ignored;
+    std::filesystem::remove_all(mDir, ignored);
 }
 
 }  // namespace zoltest

@@ -14,14 +14,16 @@ std::vector<std::string> ListDumpFiles();
 /// (sorted); \p status receives the call's status.
 std::vector<std::string> RecordCall(const std::function<int()>& call, int* status);
 
-/// Removes the dump files that appear during its lifetime.
-class DumpFileCleanup {
+/// Moves the test into a fresh folder of its own for its lifetime, so that tests running
+/// in parallel never see each other's dump files; goes back and removes the folder after.
+class DumpDirScope {
 public:
-    DumpFileCleanup();
-    ~DumpFileCleanup();
+    DumpDirScope();
+    ~DumpDirScope();
 
 private:
-    std::vector<std::string> mBefore;
+    std::string mHome;
+    std::string mDir;
 };
 
 }  // namespace zoltest

@@ -58,7 +58,7 @@ std::string WriteText(const std::string& name, const std::string& text) {
 }  // namespace
 
 TEST(DumpBase, ArmedCallWritesAFileThatReplaysToTheSameStatus) {
-    zoltest::DumpFileCleanup cleanup;
+    zoltest::DumpDirScope dir;
     TriMesh mesh = SmallMesh();
     const std::vector<int> seeds = {0};
     int status = 0;
@@ -78,7 +78,7 @@ TEST(DumpBase, ArmedCallWritesAFileThatReplaysToTheSameStatus) {
 }
 
 TEST(DumpBase, FileNameIsClockTagCounterAndExtension) {
-    zoltest::DumpFileCleanup cleanup;
+    zoltest::DumpDirScope dir;
     const int counter = DumpBase::APICalledTime;
     TriMesh mesh = SmallMesh();
     int status = 0;
@@ -108,7 +108,7 @@ TEST(DumpBase, FileNameIsClockTagCounterAndExtension) {
 }
 
 TEST(DumpBase, TwoDumpOnceCallsGiveOneFileAndTheSwitchIsSpent) {
-    zoltest::DumpFileCleanup cleanup;
+    zoltest::DumpDirScope dir;
     TriMesh mesh = SmallMesh();
     DumpOnce();
     int status = 0;
@@ -121,7 +121,7 @@ TEST(DumpBase, TwoDumpOnceCallsGiveOneFileAndTheSwitchIsSpent) {
 }
 
 TEST(DumpBase, BodiesHaveTheExactLayout) {
-    zoltest::DumpFileCleanup cleanup;
+    zoltest::DumpDirScope dir;
     TriMesh mesh = SmallMesh();
     const std::vector<int> seeds = {0, 2};
     const std::vector<double> fields = {0.5, 0.1, -2};
@@ -186,7 +186,7 @@ TEST(DumpBase, BodiesHaveTheExactLayout) {
 }
 
 TEST(DumpBase, QueryAndSectionRecordsChooseTagAndValueByCall) {
-    zoltest::DumpFileCleanup cleanup;
+    zoltest::DumpDirScope dir;
     TriMesh mesh = SmallMesh();
     MeshQueryTool tool;
     tool.Init(&mesh);
@@ -256,7 +256,7 @@ TEST(DumpRecordTable, EveryRowCreatesItsRecordWithItsValue) {
 }
 
 TEST(DumpBase, DamagedFilesLoadWithoutCrashAndRunToTheApiFailure) {
-    zoltest::DumpFileCleanup cleanup;
+    zoltest::DumpDirScope dir;
     const std::string mesh = kSmallMeshText;
     const std::string tail = "2\n0 2 \n1\n0\n";
     const struct {

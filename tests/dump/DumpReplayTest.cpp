@@ -61,7 +61,7 @@ void ExpectReplays(const std::string& file, int status, const std::string& what)
 }  // namespace
 
 TEST(UnavailableOperations, AnswerMinus8AndReplayFromTheirDumps) {
-    zoltest::DumpFileCleanup cleanup;
+    zoltest::DumpDirScope dir;
     TriMesh cube = zoltest::MakeUnitCube();
     TriMesh other = zoltest::MakeUnitCube();
     TriMesh out;
@@ -332,7 +332,7 @@ TEST(UnavailableOperations, ArgumentChecksLogTheirLineFirst) {
 }
 
 TEST(MeshQueryToolDump, QueriesOnARealScanRecordTheMeshExactly) {
-    zoltest::DumpFileCleanup cleanup;
+    zoltest::DumpDirScope dir;
     std::unique_ptr<TriMesh> bunny(Parser::ImportTriMesh(zoltest::DataPath("meshes/bunny.off")));
     ASSERT_NE(bunny, nullptr);
     MeshQueryTool tool;
@@ -374,7 +374,7 @@ TEST(MeshQueryToolDump, QueriesOnARealScanRecordTheMeshExactly) {
 TEST(ZolTool, ReplayRunsTheFileAndWritesItsMesh) {
     const std::filesystem::path tool = std::filesystem::path(ZOL_BINARY_DIR) / "tools" / "zol";
     if (!std::filesystem::exists(tool)) GTEST_SKIP() << "the zol tool is not built";
-    zoltest::DumpFileCleanup cleanup;
+    zoltest::DumpDirScope dir;
     TriMesh cube = zoltest::MakeUnitCube();
     int status = 0;
     const auto files =
