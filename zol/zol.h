@@ -45,6 +45,15 @@
 // File exchange: mesh and point-cloud files, POV-Ray scene fragments
 #include <zol/io/Parser.h>
 
+// Dump and replay: recording of one API call to a file, loading and running it again
+#include <zol/dump/DumpBase.h>
+#include <zol/dump/DumpCurveRecords.h>
+#include <zol/dump/DumpField.h>
+#include <zol/dump/DumpMeshRecords.h>
+#include <zol/dump/DumpPointRecords.h>
+#include <zol/dump/DumpRecord.h>
+#include <zol/dump/DumpRecordTable.h>
+
 // Mesh processing: measurement and triangle queries
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
@@ -52,6 +61,38 @@
 // Point-cloud processing: normals, smoothing, density
 #include <zol/pointcloud/ConsolidatePointCloud.h>
 #include <zol/pointcloud/PointCloudDensity.h>
+
+// Mesh processing without an implementation in this library (each answers -8): repair,
+// holes, filters, unfolding, subdivision, simplification, splitting, textures, offsets,
+// sampling, triangulation, remeshing, deformation, geodesics, curves, mappings, reliefs
+#include <zol/mesh/ConsolidateMesh.h>
+#include <zol/mesh/DeformCage.h>
+#include <zol/mesh/DeformMesh.h>
+#include <zol/mesh/DigitalRelief.h>
+#include <zol/mesh/FillMeshHole.h>
+#include <zol/mesh/FilterMesh.h>
+#include <zol/mesh/MeshGeodesic.h>
+#include <zol/mesh/OffsetMesh.h>
+#include <zol/mesh/OptimiseCurve.h>
+#include <zol/mesh/OptimiseMapping.h>
+#include <zol/mesh/Remesh.h>
+#include <zol/mesh/SampleMesh.h>
+#include <zol/mesh/SimplifyMesh.h>
+#include <zol/mesh/SplitMesh.h>
+#include <zol/mesh/SubdivideMesh.h>
+#include <zol/mesh/TextureImage.h>
+#include <zol/mesh/Triangulation.h>
+#include <zol/mesh/UnfoldMesh.h>
+
+// Point-cloud processing without an implementation in this library (each answers -8):
+// reconstruction, fitting, sum map, signed distance, grid cleaning, depth video, deformation
+#include <zol/pointcloud/ConsolidateGrid.h>
+#include <zol/pointcloud/DeformPointList.h>
+#include <zol/pointcloud/FitPointCloud.h>
+#include <zol/pointcloud/FuseDepthVideo.h>
+#include <zol/pointcloud/ReconstructMesh.h>
+#include <zol/pointcloud/SignedDistanceFunction.h>
+#include <zol/pointcloud/SumPointCloud.h>
 
 // Shape detection: primitive fits and tangent-face selection
 #include <zol/shape/DetectShape.h>

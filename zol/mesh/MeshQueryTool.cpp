@@ -1,11 +1,14 @@
 // MeshQueryTool: life cycle and Init of the box octree. The queries themselves are not
-// provided by this library.
+// provided by this library; they record their call when asked and answer -8.
 #include <zol/mesh/MeshQueryTool.h>
 
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpMeshRecords.h>
 #include <zol/mesh/MeshQueryTreeInternal.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
+#include <zol/runtime/NotAvailableInternal.h>
 #include <zol/runtime/Profiler.h>
 
 namespace ZOL {
@@ -51,25 +54,31 @@ int MeshQueryTool::Init(const ITriMesh* referenceMesh) {
     return mInitializedStatus;
 }
 
-int MeshQueryTool::QueryNearestTriangle(const Vector3& /*point*/,
+int MeshQueryTool::QueryNearestTriangle(const Vector3& point,
                                         PointOnFace* /*nearest*/,
                                         double* /*distance*/) const {
-    return RESULT_NOT_AVAILABLE;
+    SetProgress(0.0);
+    DumpCall<DumpMeshQueryTool>(mpReferenceMesh, point);  // dump hook
+    return NotAvailable(Unavailable::MeshQueryTool_QueryNearestTriangle);
 }
 
-int MeshQueryTool::QueryNearestTriangles(const std::vector<Vector3>& /*points*/,
+int MeshQueryTool::QueryNearestTriangles(const std::vector<Vector3>& points,
                                          std::vector<PointOnFace>* /*nearest*/,
                                          std::vector<double>* /*distances*/) const {
-    return RESULT_NOT_AVAILABLE;
+    SetProgress(0.0);
+    DumpCall<DumpMeshQueryTool>(mpReferenceMesh, points);  // dump hook
+    return NotAvailable(Unavailable::MeshQueryTool_QueryNearestTriangles);
 }
 
-int MeshQueryTool::RayIntersections(const Vector3& /*origin*/,
-                                    const Vector3& /*direction*/,
-                                    int /*maxHitCount*/,
+int MeshQueryTool::RayIntersections(const Vector3& origin,
+                                    const Vector3& direction,
+                                    int maxHitCount,
                                     std::vector<PointOnFace>* /*hits*/,
                                     std::vector<double>* /*distances*/,
                                     std::vector<Vector3>* /*positions*/) const {
-    return RESULT_NOT_AVAILABLE;
+    SetProgress(0.0);
+    DumpCall<DumpMeshQueryTool>(mpReferenceMesh, origin, direction, maxHitCount);  // dump hook
+    return NotAvailable(Unavailable::MeshQueryTool_RayIntersections);
 }
 
 }  // namespace ZOL
