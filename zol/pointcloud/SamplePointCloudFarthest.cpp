@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include <zol/pointcloud/FlatCoordsInternal.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
 #include <zol/runtime/ParallelInternal.h>
@@ -334,19 +335,18 @@ int SamplePointCloud::UniformSampleSubpart(const IPointList* pointList,
         identity = identity && id == t;
     }
 
-    std::vector<double> coords;
-    CopyPointListCoords(pointList, &coords);
+    const FlatCoords coords(pointList);
     std::vector<double> gathered;
     if (!identity) {
         gathered.resize(static_cast<size_t>(count) * 3);
         for (int t = 0; t < count; ++t) {
-            const double* p = coords.data() + 3 * static_cast<size_t>(candidateIndex[t]);
+            const double* p = coords.Data() + 3 * static_cast<size_t>(candidateIndex[t]);
             std::copy(p, p + 3, gathered.begin() + 3 * t);
         }
     }
-    const std::vector<double>& xyz = identity ? coords : gathered;
+    const double* xyz = identity ? coords.Data() : gathered.data();
     for (int t = 0; t < count; ++t) {
-        const double* p = xyz.data() + 3 * t;
+        const double* p = xyz + 3 * static_cast<size_t>(t);
         if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2])) {
             return LogFailure(RESULT_INVALID_INPUT, "UniformSampleSubpart: point ",
                               candidateIndex[t], " has a non-finite coordinate");
@@ -357,8 +357,7 @@ int SamplePointCloud::UniformSampleSubpart(const IPointList* pointList,
         quality == SAMPLE_QUALITY_HIGH ? SAMPLE_QUALITY_HIGH : SAMPLE_QUALITY_LOW;
     const long long seed = std::llabs(static_cast<long long>(seedId));
     std::vector<int> positions;
-    const int status =
-        SamplePositions(xyz.data(), count, sampleCount, seed, thresholds, true, positions);
+    const int status = SamplePositions(xyz, count, sampleCount, seed, thresholds, true, positions);
     sampleIndex.resize(positions.size());
     for (size_t i = 0; i < positions.size(); ++i) {
         sampleIndex[i] = positions[i] < 0 ? -1 : candidateIndex[positions[i]];

@@ -1,122 +1,245 @@
 // Grid sampling: one point per cell. The result order is that of a table of 2560000
-// hash buckets, each holding its cells in key order; instead of building that table the
-// points are radix-sorted by bucket (stable, so index order survives) and each bucket's
-// run is ordered by cell key, which gives the same order in linear time.
+// hash buckets, each holding its cells in key order. Instead of building that table,
+// one record per point (cell key, score, bucket) is distributed by the bucket's high
+// bits into about 1250 groups, stably, and each group, small enough for the cache, is
+// ordered by the low bits and then by key: the same order in linear time. Every pass is
+// split into contiguous slices on the workers, and slices are joined in order.
 #include <zol/pointcloud/SamplePointCloud.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
+#include <zol/pointcloud/FlatCoordsInternal.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
+#include <zol/runtime/ParallelInternal.h>
 
 namespace ZOL {
 
 namespace {
 
 const uint32_t kBucketCount = 2560000;
+const int kLowBits = 11;
+const uint32_t kLowCount = 1u << kLowBits;
+const uint32_t kGroupCount = (kBucketCount >> kLowBits) + 1;
 // Cell indices must stay well inside 64 bits before they are truncated.
 const double kMaxCellIndex = 4.0e18;
-const int kRadixBits = 11;
-const uint32_t kRadixMask = (1u << kRadixBits) - 1;
+// Below this many cells per axis a key packs into one 64-bit word (21 bits an axis).
+const double kPackedLimit = static_cast<double>(1 << 21);
+// Fewer points than this per worker are not worth a thread.
+const int kPointsPerTask = 1 << 16;
 
-struct CellKey {
+const ParallelLines kLines = {"SamplePointCloud::_GridSample",
+                              "SamplePointCloud::_GridSample: InsertTask FunctionMT Failed"};
+
+// Runs body(t, taskCount) for every slice, on the calling thread when there is one.
+template <typename Body>
+int RunSlices(int taskCount, const Body& body) {
+    if (taskCount == 1) {
+        body(0, 1);
+        return RESULT_OK;
+    }
+    return ParallelFor(taskCount, body, kLines);
+}
+
+// Cell key (ix, iy, iz) packed as ix << 42 | iy << 21 | iz: the numeric order is the
+// lexicographic one while every index is below 2^21.
+struct PackedKey {
+    uint64_t bits;
+    PackedKey() = default;
+    PackedKey(long long ix, long long iy, long long iz)
+        : bits(static_cast<uint64_t>(ix) << 42 | static_cast<uint64_t>(iy) << 21 |
+               static_cast<uint64_t>(iz)) {}
+    bool operator<(const PackedKey& o) const { return bits < o.bits; }
+    bool operator!=(const PackedKey& o) const { return bits != o.bits; }
+};
+
+// Any cell key.
+struct WideKey {
     long long ix, iy, iz;
-    bool operator<(const CellKey& o) const {
+    WideKey() = default;
+    WideKey(long long x, long long y, long long z) : ix(x), iy(y), iz(z) {}
+    bool operator<(const WideKey& o) const {
         if (ix != o.ix) return ix < o.ix;
         if (iy != o.iy) return iy < o.iy;
         return iz < o.iz;
     }
-    bool operator==(const CellKey& o) const { return ix == o.ix && iy == o.iy && iz == o.iz; }
+    bool operator!=(const WideKey& o) const { return ix != o.ix || iy != o.iy || iz != o.iz; }
 };
 
-// The cell of one point and its squared distance (in cell units) from the cell's lower
-// corner.
-struct CellOf {
-    CellKey key;
-    double score;
+template <typename Key>
+struct CellRecord {
+    Key key;
+    double score;  ///< squared distance from the cell's lower corner, in cell units
+    uint32_t bucket;
+    int point;
 };
 
-class GridCells {
-public:
-    GridCells(const double* xyz, const double* corner, double interval)
-        : mpXyz(xyz), mCorner{corner[0], corner[1], corner[2]}, mInterval(interval) {}
+template <typename Key>
+CellRecord<Key> RecordOf(const double* p, const double* corner, double interval, int point) {
+    const double ux = (p[0] - corner[0]) / interval;
+    const double uy = (p[1] - corner[1]) / interval;
+    const double uz = (p[2] - corner[2]) / interval;
+    const long long ix = static_cast<long long>(ux);
+    const long long iy = static_cast<long long>(uy);
+    const long long iz = static_cast<long long>(uz);
+    const double dx = ux - static_cast<double>(ix);
+    const double dy = uy - static_cast<double>(iy);
+    const double dz = uz - static_cast<double>(iz);
+    // The products and their xor wrap in 32 bits.
+    const uint32_t hash = (static_cast<uint32_t>(ix) * 73856093u) ^
+                          (static_cast<uint32_t>(iy) * 19349669u) ^
+                          (static_cast<uint32_t>(iz) * 83492791u);
+    return {Key(ix, iy, iz), dx * dx + dy * dy + dz * dz, hash % kBucketCount, point};
+}
 
-    CellOf operator()(int i) const {
-        const double* p = mpXyz + 3 * static_cast<size_t>(i);
-        const double ux = (p[0] - mCorner[0]) / mInterval;
-        const double uy = (p[1] - mCorner[1]) / mInterval;
-        const double uz = (p[2] - mCorner[2]) / mInterval;
-        CellOf cell;
-        cell.key = {static_cast<long long>(ux), static_cast<long long>(uy),
-                    static_cast<long long>(uz)};
-        const double dx = ux - static_cast<double>(cell.key.ix);
-        const double dy = uy - static_cast<double>(cell.key.iy);
-        const double dz = uz - static_cast<double>(cell.key.iz);
-        cell.score = dx * dx + dy * dy + dz * dz;
-        return cell;
+// Appends the winner of every cell of one bucket, cells in key order. \p run points at
+// the bucket's records in point order; within a cell the lowest score wins and the
+// earlier point keeps a tie.
+template <typename Key>
+void EmitBucket(std::vector<const CellRecord<Key>*>& run, std::vector<int>& out) {
+    const auto byKey = [](const CellRecord<Key>* a, const CellRecord<Key>* b) {
+        return a->key < b->key;
+    };
+    // A bucket nearly always holds a single cell; then it is in order already.
+    if (!std::is_sorted(run.begin(), run.end(), byKey)) {
+        std::stable_sort(run.begin(), run.end(), byKey);
     }
-
-    // The key's bucket: the products and their xor wrap in 32 bits.
-    static uint32_t Bucket(const CellKey& key) {
-        const uint32_t h = (static_cast<uint32_t>(key.ix) * 73856093u) ^
-                           (static_cast<uint32_t>(key.iy) * 19349669u) ^
-                           (static_cast<uint32_t>(key.iz) * 83492791u);
-        return h % kBucketCount;
-    }
-
-private:
-    const double* mpXyz;
-    double mCorner[3];
-    double mInterval;
-};
-
-// Stable sort of (bucket << 32 | point) entries by bucket, two passes of 11 bits.
-void SortByBucket(std::vector<uint64_t>& entries) {
-    std::vector<uint64_t> buffer(entries.size());
-    for (int shift = 32; shift < 32 + 2 * kRadixBits; shift += kRadixBits) {
-        size_t start[kRadixMask + 2] = {};
-        for (uint64_t e : entries) ++start[((e >> shift) & kRadixMask) + 1];
-        for (uint32_t d = 0; d <= kRadixMask; ++d) start[d + 1] += start[d];
-        for (uint64_t e : entries) buffer[start[(e >> shift) & kRadixMask]++] = e;
-        entries.swap(buffer);
+    for (size_t first = 0; first < run.size();) {
+        const CellRecord<Key>* best = run[first];
+        size_t next = first + 1;
+        for (; next < run.size() && !(run[next]->key != run[first]->key); ++next) {
+            if (run[next]->score < best->score) best = run[next];
+        }
+        out.push_back(best->point);
+        first = next;
     }
 }
 
-// Appends the winners of the cells of one bucket, cells in key order; within a cell the
-// lowest score wins and the earlier point keeps a tie. \p points is in index order.
-void EmitBucket(const GridCells& cells,
-                const uint64_t* points,
-                size_t count,
-                std::vector<std::pair<CellOf, int>>& scratch,
-                std::vector<int>& sampleIndex) {
-    if (count == 1) {
-        sampleIndex.push_back(static_cast<int>(points[0] & 0xffffffffu));
-        return;
+// Orders the records of one group (stable counting sort by the bucket's low bits) and
+// emits its buckets in ascending order. \p records are in point order.
+template <typename Key>
+void EmitGroup(const CellRecord<Key>* records,
+               int count,
+               std::vector<uint32_t>& counts,
+               std::vector<const CellRecord<Key>*>& ordered,
+               std::vector<const CellRecord<Key>*>& run,
+               std::vector<int>& out) {
+    counts.assign(kLowCount + 1, 0);
+    for (int r = 0; r < count; ++r) ++counts[(records[r].bucket & (kLowCount - 1)) + 1];
+    for (uint32_t d = 0; d < kLowCount; ++d) counts[d + 1] += counts[d];
+    ordered.resize(count);
+    for (int r = 0; r < count; ++r) {
+        ordered[counts[records[r].bucket & (kLowCount - 1)]++] = &records[r];
     }
-    scratch.clear();
-    for (size_t i = 0; i < count; ++i) {
-        const int id = static_cast<int>(points[i] & 0xffffffffu);
-        scratch.emplace_back(cells(id), id);
-    }
-    const auto byKey = [](const auto& a, const auto& b) { return a.first.key < b.first.key; };
-    // A bucket usually holds one cell; then it is already in order.
-    if (!std::is_sorted(scratch.begin(), scratch.end(), byKey)) {
-        std::stable_sort(scratch.begin(), scratch.end(), byKey);
-    }
-    for (size_t first = 0; first < scratch.size();) {
-        size_t best = first;
-        size_t next = first + 1;
-        for (; next < scratch.size() && scratch[next].first.key == scratch[first].first.key;
-             ++next) {
-            if (scratch[next].first.score < scratch[best].first.score) best = next;
+    for (int first = 0; first < count;) {
+        int next = first + 1;
+        while (next < count && ordered[next]->bucket == ordered[first]->bucket) ++next;
+        if (next - first == 1) {
+            out.push_back(ordered[first]->point);
+        } else {
+            run.assign(ordered.begin() + first, ordered.begin() + next);
+            EmitBucket(run, out);
         }
-        sampleIndex.push_back(scratch[best].second);
         first = next;
     }
+}
+
+template <typename Key>
+int CollectWinners(const double* xyz,
+                   int pointCount,
+                   const double* corner,
+                   double interval,
+                   int taskCount,
+                   std::vector<int>& sampleIndex) {
+    // Buckets in point order, and per slice the size of every group. Scratch memory is
+    // kept to 8 bytes a point: fresh pages are costly, and records are cheap to redo.
+    // One block for both arrays: buckets first, then the points grouped.
+    std::unique_ptr<uint32_t[]> scratch(new uint32_t[2 * static_cast<size_t>(pointCount)]);
+    uint32_t* buckets = scratch.get();
+    uint32_t* grouped = scratch.get() + pointCount;
+    std::vector<std::vector<uint32_t>> groupSizes(taskCount);
+    int status = RunSlices(taskCount, [&](int t, int n) {
+        std::vector<uint32_t>& sizes = groupSizes[t];
+        sizes.assign(kGroupCount, 0);
+        const int end = SliceBegin(pointCount, t + 1, n);
+        for (int i = SliceBegin(pointCount, t, n); i < end; ++i) {
+            buckets[i] =
+                RecordOf<Key>(xyz + 3 * static_cast<size_t>(i), corner, interval, i).bucket;
+            ++sizes[buckets[i] >> kLowBits];
+        }
+    });
+    if (status != RESULT_OK) return status;
+
+    // Stable distribution of the points into groups: slice t writes after the earlier
+    // slices, so each group lists its points in index order.
+    std::vector<uint32_t> groupBegin(kGroupCount + 1, 0);
+    for (uint32_t g = 0; g < kGroupCount; ++g) {
+        uint32_t size = 0;
+        for (int t = 0; t < taskCount; ++t) size += groupSizes[t][g];
+        groupBegin[g + 1] = groupBegin[g] + size;
+    }
+    std::vector<std::vector<uint32_t>> next(taskCount);
+    for (int t = 0; t < taskCount; ++t) {
+        next[t].resize(kGroupCount);
+        for (uint32_t g = 0; g < kGroupCount; ++g) {
+            next[t][g] = t == 0 ? groupBegin[g] : next[t - 1][g] + groupSizes[t - 1][g];
+        }
+    }
+    status = RunSlices(taskCount, [&](int t, int n) {
+        std::vector<uint32_t>& slot = next[t];
+        const int end = SliceBegin(pointCount, t + 1, n);
+        for (int i = SliceBegin(pointCount, t, n); i < end; ++i) {
+            grouped[slot[buckets[i] >> kLowBits]++] = static_cast<uint32_t>(i);
+        }
+    });
+    if (status != RESULT_OK) return status;
+
+    // Groups in slices of about equal point counts; each slice redoes the records of its
+    // groups in a small buffer and emits its own winners.
+    std::vector<uint32_t> firstGroup(taskCount + 1, kGroupCount);
+    firstGroup[0] = 0;
+    for (int t = 1; t < taskCount; ++t) {
+        const uint32_t target = static_cast<uint32_t>(SliceBegin(pointCount, t, taskCount));
+        firstGroup[t] =
+            static_cast<uint32_t>(std::upper_bound(groupBegin.begin(), groupBegin.end(), target) -
+                                  groupBegin.begin() - 1);
+        firstGroup[t] = std::max(firstGroup[t], firstGroup[t - 1]);
+    }
+    std::vector<std::vector<int>> winners(taskCount);
+    status = RunSlices(taskCount, [&](int t, int) {
+        std::vector<CellRecord<Key>> records;
+        std::vector<uint32_t> counts;
+        std::vector<const CellRecord<Key>*> ordered, run;
+        winners[t].reserve(groupBegin[firstGroup[t + 1]] - groupBegin[firstGroup[t]]);
+        for (uint32_t g = firstGroup[t]; g < firstGroup[t + 1]; ++g) {
+            const uint32_t* members = grouped + groupBegin[g];
+            const int count = static_cast<int>(groupBegin[g + 1] - groupBegin[g]);
+            records.resize(count);
+            for (int r = 0; r < count; ++r) {
+#if defined(__GNUC__)
+                // The members are scattered over the cloud; ask for them ahead.
+                if (r + 16 < count)
+                    __builtin_prefetch(xyz + 3 * static_cast<size_t>(members[r + 16]));
+#endif
+                records[r] = RecordOf<Key>(xyz + 3 * static_cast<size_t>(members[r]), corner,
+                                           interval, static_cast<int>(members[r]));
+            }
+            EmitGroup(records.data(), count, counts, ordered, run, winners[t]);
+        }
+    });
+    if (status != RESULT_OK) return status;
+    size_t total = 0;
+    for (const std::vector<int>& w : winners) total += w.size();
+    sampleIndex.reserve(total);
+    for (const std::vector<int>& w : winners) {
+        sampleIndex.insert(sampleIndex.end(), w.begin(), w.end());
+    }
+    return RESULT_OK;
 }
 
 }  // namespace
@@ -159,46 +282,63 @@ int SamplePointCloud::_GridSample(const IPointList* pointList,
                           "SamplePointCloud::_GridSample: interval < REAL_TOL || interval is not "
                           "finite");
     }
-    std::vector<double> xyz;
-    CopyPointListCoords(pointList, &xyz);
-    double lower[3] = {xyz[0], xyz[1], xyz[2]};
-    double upper[3] = {xyz[0], xyz[1], xyz[2]};
-    for (int i = 0; i < pointCount; ++i) {
-        const double* p = xyz.data() + 3 * static_cast<size_t>(i);
-        if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2])) {
-            return LogFailure(RESULT_INVALID_INPUT, "SamplePointCloud::_GridSample: point ", i,
-                              " has a non-finite coordinate");
+    const FlatCoords coords(pointList);
+    const double* xyz = coords.Data();
+    const int taskCount = ParallelTaskCount(std::max(1, pointCount / kPointsPerTask));
+
+    // Bounds per slice, and the first point with a non-finite coordinate.
+    struct Bounds {
+        double lower[3], upper[3];
+        int firstBad = -1;
+    };
+    std::vector<Bounds> bounds(taskCount);
+    int status = RunSlices(taskCount, [&](int t, int n) {
+        Bounds& b = bounds[t];
+        const int begin = SliceBegin(pointCount, t, n), end = SliceBegin(pointCount, t + 1, n);
+        std::copy(xyz + 3 * static_cast<size_t>(begin), xyz + 3 * static_cast<size_t>(begin) + 3,
+                  b.lower);
+        std::copy(b.lower, b.lower + 3, b.upper);
+        for (int i = begin; i < end; ++i) {
+            const double* p = xyz + 3 * static_cast<size_t>(i);
+            if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2])) {
+                b.firstBad = i;
+                return;
+            }
+            for (int a = 0; a < 3; ++a) {
+                b.lower[a] = std::min(b.lower[a], p[a]);
+                b.upper[a] = std::max(b.upper[a], p[a]);
+            }
+        }
+    });
+    if (status != RESULT_OK) return status;
+    Bounds all = bounds[0];
+    for (const Bounds& b : bounds) {
+        if (b.firstBad >= 0) {
+            return LogFailure(RESULT_INVALID_INPUT, "SamplePointCloud::_GridSample: point ",
+                              b.firstBad, " has a non-finite coordinate");
         }
         for (int a = 0; a < 3; ++a) {
-            lower[a] = std::min(lower[a], p[a]);
-            upper[a] = std::max(upper[a], p[a]);
+            all.lower[a] = std::min(all.lower[a], b.lower[a]);
+            all.upper[a] = std::max(all.upper[a], b.upper[a]);
         }
     }
+    bool packed = true;
     for (int a = 0; a < 3; ++a) {
-        lower[a] -= REAL_TOL;
-        if (!((upper[a] - lower[a]) / interval < kMaxCellIndex)) {
+        all.lower[a] -= REAL_TOL;
+        const double cells = (all.upper[a] - all.lower[a]) / interval;
+        if (!(cells < kMaxCellIndex)) {
             return LogFailure(
                 RESULT_INVALID_INPUT,
                 "SamplePointCloud::_GridSample: interval too small for the extent of the points");
         }
+        packed = packed && cells < kPackedLimit;
     }
-
-    const GridCells cells(xyz.data(), lower, interval);
-    std::vector<uint64_t> entries(pointCount);
-    for (int i = 0; i < pointCount; ++i) {
-        entries[i] =
-            static_cast<uint64_t>(GridCells::Bucket(cells(i).key)) << 32 | static_cast<uint32_t>(i);
-    }
-    SortByBucket(entries);
-    std::vector<std::pair<CellOf, int>> scratch;
-    for (size_t first = 0; first < entries.size();) {
-        const uint64_t bucket = entries[first] >> 32;
-        size_t next = first + 1;
-        while (next < entries.size() && entries[next] >> 32 == bucket) ++next;
-        EmitBucket(cells, entries.data() + first, next - first, scratch, sampleIndex);
-        first = next;
-    }
-    return RESULT_OK;
+    status = packed ? CollectWinners<PackedKey>(xyz, pointCount, all.lower, interval, taskCount,
+                                                sampleIndex)
+                    : CollectWinners<WideKey>(xyz, pointCount, all.lower, interval, taskCount,
+                                              sampleIndex);
+    if (status != RESULT_OK) sampleIndex.clear();
+    return status;
 }
 
 }  // namespace ZOL
