@@ -114,10 +114,13 @@ TEST(SamplePointCloud, UniformSampleReturnsDistinctPointsOfTheCloud) {
 }
 
 TEST(SamplePointCloud, PlainSchemeFollowsExhaustiveFarthestPointOrder) {
-    std::vector<Vector3> line, grid;
-    for (int i = 0; i < 7; ++i) line.emplace_back(i, 0, 0);  // equal gaps: every step ties
+    // Equal gaps make most steps ties, which the lowest index must win.
+    std::vector<Vector3> line, grid, plane;
+    for (int i = 0; i < 7; ++i) line.emplace_back(i, 0, 0);
     for (int i = 0; i < 9; ++i) grid.emplace_back(i % 3, i / 3, 0);
+    for (int i = 0; i < 2000; ++i) plane.emplace_back(i % 50, i / 50, 0);
     const std::vector<Vector3> cloud = zoltest::RandomPoints(300, 2);
+    const std::vector<Vector3> large = zoltest::RandomPoints(3000, 2);
     struct Case {
         const std::vector<Vector3>* points;
         int count;
@@ -128,6 +131,7 @@ TEST(SamplePointCloud, PlainSchemeFollowsExhaustiveFarthestPointOrder) {
         {&line, 7, 3, SAMPLE_QUALITY_LOW},     {&grid, 9, 4, SAMPLE_QUALITY_LOW},
         {&cloud, 150, -7, SAMPLE_QUALITY_LOW}, {&cloud, 199, 1003, SAMPLE_QUALITY_LOW},
         {&cloud, 300, 0, SAMPLE_QUALITY_HIGH}, {&cloud, 1, -2147483647 - 1, SAMPLE_QUALITY_LOW},
+        {&plane, 120, 77, SAMPLE_QUALITY_LOW}, {&large, 150, 5, SAMPLE_QUALITY_LOW},
     };
     for (const Case& c : cases) {
         PointCloud pc = zoltest::MakeCloud(*c.points);
@@ -194,16 +198,19 @@ TEST(SamplePointCloud, ResultsOnARealScanAreIdenticalForAnyThreadCount) {
     PointCloud oriented = LoadXyzn(zoltest::DataPath("clouds/sac_plane_test.xyzn"));
     ASSERT_EQ(scan.GetPointCount(), 40256);
     ASSERT_EQ(oriented.GetPointCount(), 3268);
-    std::vector<int> reference[3];
+    // Enough points that the first seeds are also spread over the workers.
+    PointCloud many = zoltest::MakeCloud(zoltest::RandomPoints(300000, 10));
+    std::vector<int> reference[4];
     for (int threads : {1, 2, 8}) {
         zoltest::ThreadCountScope scope(threads);
         std::vector<int> geometry(600);
         ASSERT_EQ(SamplePointCloud::GeometrySample(&oriented, 600, geometry.data(), 0.3, 9, 1,
                                                    SAMPLE_QUALITY_LOW),
                   RESULT_OK);
-        const std::vector<int> results[3] = {Sample(scan, 3000, 11, SAMPLE_QUALITY_LOW),
-                                             Sample(scan, 3000, 11, SAMPLE_QUALITY_HIGH), geometry};
-        for (int r = 0; r < 3; ++r) {
+        const std::vector<int> results[4] = {Sample(scan, 3000, 11, SAMPLE_QUALITY_LOW),
+                                             Sample(scan, 3000, 11, SAMPLE_QUALITY_HIGH), geometry,
+                                             Sample(many, 1000, 3, SAMPLE_QUALITY_LOW)};
+        for (int r = 0; r < 4; ++r) {
             if (threads == 1) {
                 reference[r] = results[r];
                 EXPECT_EQ(std::set<int>(results[r].begin(), results[r].end()).size(),
@@ -214,19 +221,26 @@ TEST(SamplePointCloud, ResultsOnARealScanAreIdenticalForAnyThreadCount) {
     }
 }
 
-TEST(SamplePointCloud, GridSampleOrderMatchesBucketsOfOrderedCells) {
+TEST(SamplePointCloud, GridSampleOrderMatchesBucketsOfOrderedCellsOnAnyThreadCount) {
     std::vector<Vector3> small = zoltest::RandomPoints(400, 7, 3.0);
     small.push_back(small[17]);  // same cell, same score: the lower index stays
     small.push_back(small[0] * 0.999);
     const std::vector<Vector3> scan =
         zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun000.ply"));
-    const std::pair<const std::vector<Vector3>*, double> cases[] = {
-        {&small, 0.5}, {&small, 7.0}, {&scan, 0.002}, {&scan, 0.0005}};
+    const std::vector<Vector3> many = zoltest::RandomPoints(150000, 8);  // split over workers
+    // The small set at 1e-6 (a box of 6): cell indices beyond 21 bits an axis.
+    const std::pair<const std::vector<Vector3>*, double> cases[] = {{&small, 0.5},   {&small, 7.0},
+                                                                    {&small, 1e-6},  {&scan, 0.002},
+                                                                    {&scan, 0.0005}, {&many, 0.02}};
     for (const auto& [points, interval] : cases) {
         PointCloud cloud = zoltest::MakeCloud(*points);
-        std::vector<int> ids{42};
-        ASSERT_EQ(SamplePointCloud::GridSample(&cloud, interval, ids), RESULT_OK);
-        EXPECT_EQ(ids, GridOracle(*points, interval)) << interval;
+        const std::vector<int> expected = GridOracle(*points, interval);
+        for (int threads : {1, 2, 8}) {
+            zoltest::ThreadCountScope scope(threads);
+            std::vector<int> ids{42};
+            ASSERT_EQ(SamplePointCloud::GridSample(&cloud, interval, ids), RESULT_OK);
+            EXPECT_EQ(ids, expected) << interval << " on " << threads << " threads";
+        }
     }
 }
 

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include <zol/pointcloud/FarthestSearchInternal.h>
 #include <zol/pointcloud/FlatCoordsInternal.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
@@ -19,13 +20,9 @@ namespace ZOL {
 
 namespace {
 
-// Every candidate starts this far from the (empty) sample set.
-const double kInitialDistance = 1.7e308;
-// Distance of a taken candidate: below every real distance and not above the -1.0 that
-// the farthest-point search starts from, so taken candidates are never chosen again
-// and never lowered, without a separate flag.
-const double kTaken = -1.0;
 const int kMaxPartCount = 32;
+// Fewer candidates than this per worker are not worth a thread when splitting.
+const int kPointsPerTask = 1 << 17;
 
 struct Thresholds {
     int minSampleCount;
@@ -35,30 +32,6 @@ struct Thresholds {
 Thresholds ThresholdsOf(SampleQuality quality) {
     if (quality == SAMPLE_QUALITY_HIGH) return {512, 1000000};
     return {200, 100000};
-}
-
-inline double SquaredDistance(const double* a, const double* b) {
-    const double dx = a[0] - b[0];
-    const double dy = a[1] - b[1];
-    const double dz = a[2] - b[2];
-    return dx * dx + dy * dy + dz * dz;
-}
-
-// Lowers every distance by the point q and returns the candidate with the greatest
-// distance (the first one on a tie), or -1 when every candidate is taken.
-int LowerAndFindFarthest(const double* xyz, int count, const double* q, double* distance) {
-    int best = -1;
-    double bestDistance = -1.0;
-    for (int c = 0; c < count; ++c) {
-        const double d = SquaredDistance(xyz + 3 * c, q);
-        const double current = d < distance[c] ? d : distance[c];
-        distance[c] = current;
-        if (current > bestDistance) {
-            bestDistance = current;
-            best = c;
-        }
-    }
-    return best;
 }
 
 int SamplePositions(const double* xyz,
@@ -74,14 +47,15 @@ int SamplePlain(
     const double* xyz, int count, int sampleCount, long long seed, std::vector<int>& positions) {
     positions.clear();
     positions.reserve(sampleCount);
-    std::vector<double> distance(count, kInitialDistance);
+    FarthestSearch search(xyz, count);
     int last = static_cast<int>(seed % count);
-    distance[last] = kTaken;
+    search.Take(last);
     positions.push_back(last);
     while (static_cast<int>(positions.size()) < sampleCount) {
-        last = LowerAndFindFarthest(xyz, count, xyz + 3 * last, distance.data());
+        search.Lower(xyz + 3 * static_cast<size_t>(last));
+        last = search.Farthest();
         if (last < 0) break;
-        distance[last] = kTaken;
+        search.Take(last);
         positions.push_back(last);
     }
     if (static_cast<int>(positions.size()) != sampleCount) {
@@ -102,42 +76,32 @@ struct Cells {
 // Grows partCount farthest-point seeds from candidate 0 and puts every candidate in the
 // cell of its nearest seed (the seed that last lowered its distance; a seed is in its own
 // cell). When all candidates share one position the cells are round robin instead.
-Cells SplitIntoCells(const double* xyz, int count, int partCount) {
-    std::vector<double> distance(count, kInitialDistance);
+// Large splits of the outermost call lower the distances on the workers.
+int SplitIntoCells(const double* xyz, int count, int partCount, bool parallel, Cells& cells) {
+    FarthestSearch search(xyz, count);
+    const int taskCount = parallel ? ParallelTaskCount(count / kPointsPerTask) : 1;
     std::vector<unsigned char> owner(count, 0);
-    bool allCoincident = true;
+    bool anyPositive = false;
     int seed = 0;
-    for (int k = 0; k < partCount; ++k) {
-        distance[seed] = kTaken;
+    for (int k = 0; k < partCount && seed >= 0; ++k) {
+        search.Take(seed);
         owner[seed] = static_cast<unsigned char>(k);
-        const double* q = xyz + 3 * seed;
-        int best = -1;
-        double bestDistance = -1.0;
-        for (int c = 0; c < count; ++c) {
-            const double d = SquaredDistance(xyz + 3 * c, q);
-            if (k == 0 && d > 0.0) allCoincident = false;
-            if (d < distance[c]) {
-                distance[c] = d;
-                owner[c] = static_cast<unsigned char>(k);
-            }
-            if (distance[c] > bestDistance) {
-                bestDistance = distance[c];
-                best = c;
-            }
-        }
-        seed = best;
+        const int status =
+            search.LowerAndMark(xyz + 3 * static_cast<size_t>(seed), static_cast<unsigned char>(k),
+                                owner.data(), k == 0, k == 0 ? &anyPositive : nullptr, taskCount);
+        if (status != RESULT_OK) return status;
+        if (k + 1 < partCount) seed = search.Farthest();
     }
-    if (allCoincident) {
+    if (!anyPositive) {
         for (int t = 0; t < count; ++t) owner[t] = static_cast<unsigned char>(t % partCount);
     }
-    Cells cells;
     cells.begin.assign(partCount + 1, 0);
     for (int t = 0; t < count; ++t) ++cells.begin[owner[t] + 1];
     for (int p = 0; p < partCount; ++p) cells.begin[p + 1] += cells.begin[p];
     std::vector<int> next(cells.begin.begin(), cells.begin.end() - 1);
     cells.members.resize(count);
     for (int t = 0; t < count; ++t) cells.members[next[owner[t]]++] = t;
-    return cells;
+    return RESULT_OK;
 }
 
 // One cell that needs sampling: quota samples among members[first .. first + size).
@@ -235,7 +199,9 @@ int SamplePartitioned(const double* xyz,
     const int partCount = std::min(
         kMaxPartCount,
         static_cast<int>(std::sqrt(static_cast<double>(work) / static_cast<double>(minWork)) + 1));
-    const Cells cells = SplitIntoCells(xyz, count, partCount);
+    Cells cells;
+    const int splitStatus = SplitIntoCells(xyz, count, partCount, parallel, cells);
+    if (splitStatus != RESULT_OK) return splitStatus;
 
     // Quotas in cell order: proportional plus one, never beyond what is left, the last
     // cell taking the rest. A cell that its quota covers is taken whole.
