@@ -57,13 +57,15 @@ FarthestSearch::FarthestSearch(const double* xyz, int count)
     double scale[3];
     for (int a = 0; a < 3; ++a) {
         const double extent = upper[a] - lower[a];
-        cells[a] = extent > 0.0 ? side : 1;
-        scale[a] = extent > 0.0 ? side / extent : 0.0;
+        const bool split = extent > 0.0 && std::isfinite(extent);
+        cells[a] = split ? side : 1;
+        scale[a] = split ? side / extent : 0.0;
     }
     auto cellOf = [&](int c) {
         int index = 0;
         for (int a = 2; a >= 0; --a) {
-            const double u = (xyz[3 * static_cast<size_t>(c) + a] - lower[a]) * scale[a];
+            const double u =
+                cells[a] > 1 ? (xyz[3 * static_cast<size_t>(c) + a] - lower[a]) * scale[a] : 0.0;
             index = index * cells[a] + std::min(cells[a] - 1, static_cast<int>(u));
         }
         return index;

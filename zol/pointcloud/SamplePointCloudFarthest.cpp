@@ -1,7 +1,7 @@
 // The farthest-point core of SamplePointCloud: the plain scheme, and the partitioned
 // scheme that splits a large job into farthest-point cells sampled separately. Works on
-// a flat copy of the candidates' coordinates; the cells of the outermost call run on the
-// workers, each writing its own result, which are then appended in cell order.
+// the candidates' coordinates as one flat array; the cells of the outermost call run on
+// the workers, each writing its own result, which are then appended in cell order.
 #include <zol/pointcloud/SamplePointCloud.h>
 
 #include <algorithm>
