@@ -38,11 +38,7 @@ inline double Gap(double q, double lower, double upper) {
 }  // namespace
 
 FarthestSearch::FarthestSearch(const double* xyz, int count)
-    : mpXyz(xyz),
-      mPosition(count),
-      mDistance(count, kInitialDistance),
-      mLastEntry(-1),
-      mLastBlock(-1) {
+    : mPosition(count), mDistance(count, kInitialDistance), mLastEntry(-1), mLastBlock(-1) {
     double lower[3] = {xyz[0], xyz[1], xyz[2]};
     double upper[3] = {xyz[0], xyz[1], xyz[2]};
     for (int c = 1; c < count; ++c) {
@@ -75,6 +71,12 @@ FarthestSearch::FarthestSearch(const double* xyz, int count)
     for (size_t i = 1; i < start.size(); ++i) start[i] += start[i - 1];
     std::vector<int> next(start.begin(), start.end() - 1);
     for (int c = 0; c < count; ++c) mPosition[next[cellOf(c)]++] = c;
+    // Coordinates in entry order, so that a block is read in one sweep.
+    mXyz.resize(3 * static_cast<size_t>(count));
+    for (int e = 0; e < count; ++e) {
+        const double* p = xyz + 3 * static_cast<size_t>(mPosition[e]);
+        std::copy(p, p + 3, mXyz.begin() + 3 * static_cast<size_t>(e));
+    }
 
     // Blocks: each cell's candidates in runs of at most kBlockSize.
     for (size_t cell = 0; cell + 1 < start.size(); ++cell) {
@@ -82,11 +84,11 @@ FarthestSearch::FarthestSearch(const double* xyz, int count)
             Block block;
             block.begin = begin;
             block.end = std::min(start[cell + 1], begin + kBlockSize);
-            const double* p = xyz + 3 * static_cast<size_t>(mPosition[begin]);
+            const double* p = mXyz.data() + 3 * static_cast<size_t>(begin);
             std::copy(p, p + 3, block.lower);
             std::copy(p, p + 3, block.upper);
             for (int e = begin + 1; e < block.end; ++e) {
-                p = xyz + 3 * static_cast<size_t>(mPosition[e]);
+                p = mXyz.data() + 3 * static_cast<size_t>(e);
                 for (int a = 0; a < 3; ++a) {
                     block.lower[a] = std::min(block.lower[a], p[a]);
                     block.upper[a] = std::max(block.upper[a], p[a]);
@@ -120,11 +122,10 @@ void FarthestSearch::LowerBlocks(const double* q,
         for (int e = block.begin; e < block.end; ++e) {
             double& distance = mDistance[e];
             if (distance < 0.0) continue;
-            const int position = mPosition[e];
-            const double d = SquaredDistance(mpXyz + 3 * static_cast<size_t>(position), q);
+            const double d = SquaredDistance(mXyz.data() + 3 * static_cast<size_t>(e), q);
             if (d < distance) {
                 distance = d;
-                if (kMark) owner[position] = seed;
+                if (kMark) owner[mPosition[e]] = seed;
             }
             if (kMark && anyPositive && d > 0.0) *anyPositive = true;
             if (distance > farthest) {

@@ -14,8 +14,7 @@ public:
     /// Every candidate starts at this distance.
     static constexpr double kInitialDistance = 1.7e308;
 
-    /// \param[in] xyz coordinates of the candidates, 3 doubles each, finite; kept by
-    ///            pointer (must outlive the search).
+    /// \param[in] xyz coordinates of the candidates, 3 doubles each, finite (copied).
     /// \param[in] count number of candidates (positions 0 .. count-1), at least 1.
     FarthestSearch(const double* xyz, int count);
 
@@ -60,8 +59,8 @@ private:
                      int lastBlock);
     void Refresh(Block& block);
 
-    const double* mpXyz;
     std::vector<int> mPosition;     ///< entry -> candidate position; ascending in a block
+    std::vector<double> mXyz;       ///< coordinates per entry
     std::vector<double> mDistance;  ///< per entry
     std::vector<Block> mBlocks;
     int mLastEntry;  ///< entry and block of the last Farthest result
