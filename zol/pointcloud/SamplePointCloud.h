@@ -162,7 +162,8 @@ public:
     ///         and the index, " has a non-finite coordinate"), or an interval so small
     ///         that a cell index would not fit in 63 bits
     ///         ("SamplePointCloud::_GridSample: interval too small for the extent of the
-    ///         points").
+    ///         points"); RESULT_STEP_FAIL (-3) when the workers cannot run
+    ///         ("SamplePointCloud::_GridSample: invalid thread count = " and the count).
     static int _GridSample(const IPointList* pointList,
                            double interval,
                            std::vector<int>& sampleIndex);
@@ -220,7 +221,8 @@ public:
 ///         ("CalculateFlatness invalid pointCount: " and the count); the index's code
 ///         when it cannot be built, e.g. -5 for a non-finite coordinate
 ///         ("CalculateFlatness: Ann initialize failed") or queried ("CalculateFlatness
-///         Ann find nearest neighbor failed").
+///         Ann find nearest neighbor failed"); RESULT_STEP_FAIL (-3) when the workers
+///         cannot run ("CalculateFlatness: invalid thread count = " and the count).
 ZOL_API int CalculateFlatness(const IPointList* pointList,
                               int neighborCount,
                               std::vector<double>* flatness);
