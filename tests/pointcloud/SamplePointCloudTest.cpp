@@ -398,7 +398,7 @@ TEST(SamplePointCloud, EveryFailureLogsItsLinesAndReturnsItsStatus) {
         {RESULT_INVALID_INPUT,
          {"SamplePointCloud::GridSample: interval is not finite"},
          [&] { return SamplePointCloud::GridSample(&cloud, nan, out); }},
-        {0,
+        {RESULT_OK,
          {"SamplePointCloud::_GridSample: pointCount is 0"},
          [&] { return SamplePointCloud::GridSample(&empty, 0.1, out); }},
         {RESULT_INVALID_INPUT,
