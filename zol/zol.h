@@ -58,9 +58,11 @@
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
 
-// Point-cloud processing: normals, smoothing, density
+// Point-cloud processing: normals, smoothing, density, sampling and utilities
 #include <zol/pointcloud/ConsolidatePointCloud.h>
 #include <zol/pointcloud/PointCloudDensity.h>
+#include <zol/pointcloud/PointCloudUtility.h>
+#include <zol/pointcloud/SamplePointCloud.h>
 
 // Mesh processing without an implementation in this library (each answers -8): repair,
 // holes, filters, unfolding, subdivision, simplification, splitting, textures, offsets,
