@@ -51,3 +51,6 @@
 
 // Shape detection: primitive fits and tangent-face selection
 #include <zol/shape/DetectShape.h>
+
+// Point-cloud processing: volumetric fusion
+#include <zol/pointcloud/FusePointCloud.h>
