@@ -171,11 +171,11 @@ TEST(FusePointCloud, RealScansMatchANestedMapReferenceOnAnyThreadCount) {
 }
 
 TEST(FusePointCloud, SavedAndResumedFusionEqualsOneShotFusion) {
-    const std::vector<Vector3> points = zoltest::RandomPoints(50000, 7, 1.2);
-    const std::vector<Vector3> normals = zoltest::RandomNormals(50000, 8);
+    const std::vector<Vector3> points = zoltest::RandomPoints(5000, 7, 1.2);
+    const std::vector<Vector3> normals = zoltest::RandomNormals(5000, 8);
     PointCloud first = zoltest::MakeCloud(points, &normals);
-    PointCloud second = zoltest::MakeCloud(zoltest::RandomPoints(50000, 9, 1.2), &normals);
-    std::vector<double> attributes(50000);
+    PointCloud second = zoltest::MakeCloud(zoltest::RandomPoints(5000, 9, 1.2), &normals);
+    std::vector<double> attributes(5000);
     for (size_t i = 0; i < attributes.size(); ++i) attributes[i] = std::sin(0.1 * i);
     Matrix4x4 turn;
     turn.InitIdentityTransform();

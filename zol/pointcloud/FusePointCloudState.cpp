@@ -105,8 +105,8 @@ int FusePointCloud::DumpInfo(std::ostream& out) const {
         return LogFailure(RESULT_STEP_FAIL, "FusePointCloud::DumpInfo: FuseTree is NULL");
     }
     const FuseTree& tree = *mpFuseTree;
-    const std::vector<FuseCellRef> sorted = tree.SortedCells();
-    const int m = tree.attributeCount;
+    const LargeVector<FuseCellRef> sorted = tree.SortedCells();
+    const int m = tree.AttributeCount();
     std::string text;
     LineBuilder line(text);
     text += kFirstLine;
@@ -118,11 +118,10 @@ int FusePointCloud::DumpInfo(std::ostream& out) const {
     line.Word("cells").Int(static_cast<std::int64_t>(sorted.size())).End();
     for (const FuseCellRef& r : sorted) {
         const FuseShard& shard = tree.shards[r.shard];
-        const FuseCell& cell = shard.cells[r.cell];
+        const FuseCell& cell = *shard.cells.At(r.cell);
         line.Int(cell.key.ix).Int(cell.key.iy).Int(cell.key.iz);
-        line.Reals(cell.position).Reals(cell.normal).Real(cell.weight);
-        const double* values = shard.attributes.data() + static_cast<std::size_t>(r.cell) * m;
-        for (int k = 0; k < m; ++k) line.Real(values[k]);
+        line.Reals(cell.position).Reals(cell.normal).Int(cell.weight);
+        for (int k = 0; k < m; ++k) line.Real(shard.attributes.At(r.cell)[k]);
         line.End();
         if (text.size() >= kBlockSize) {
             out.write(text.data(), static_cast<std::streamsize>(text.size()));
@@ -172,18 +171,17 @@ int FusePointCloud::LoadInfo(std::istream& in) {
         return LogFailure(RESULT_INVALID_INPUT, "FusePointCloud::LoadInfo: damaged grid header");
 
     const int m = static_cast<int>(attributeCount);
-    std::unique_ptr<FuseTree> tree(new FuseTree);
-    tree->attributeCount = m;
+    std::unique_ptr<FuseTree> tree(new FuseTree(m));
     std::vector<double> values(m);
     for (std::int64_t record = 0; record < cellCount; ++record) {
-        std::int64_t index[3];
+        std::int64_t index[3], weight = 0;
         FuseCell cell;
         bool cellGood = ReadLine(in, text);
         if (cellGood) {
             LineReader r(text);
             cellGood = r.Int(index[0], 0, INT_MAX) && r.Int(index[1], 0, INT_MAX) &&
                        r.Int(index[2], 0, INT_MAX) && r.Reals(cell.position) &&
-                       r.Reals(cell.normal) && r.Real(cell.weight) && cell.weight >= 1.0;
+                       r.Reals(cell.normal) && r.Int(weight, 1, UINT32_MAX);
             for (int k = 0; k < m && cellGood; ++k) cellGood = r.Real(values[k]);
             cellGood = cellGood && r.AtEnd();
         }
@@ -196,15 +194,15 @@ int FusePointCloud::LoadInfo(std::istream& in) {
         const std::uint64_t hash = FuseTree::Hash(key);
         FuseShard& shard = tree->shards[FuseTree::ShardOf(hash)];
         bool inserted = false;
-        const int id = shard.FindOrInsert(key, hash, m, inserted);
+        const int id = shard.FindOrInsert(key, hash, inserted);
         if (!inserted) {
             return LogFailure(RESULT_INVALID_INPUT,
                               "FusePointCloud::LoadInfo: duplicate cell at record ", record);
         }
         cell.key = key;
-        shard.cells[id] = cell;
-        std::copy(values.begin(), values.end(),
-                  shard.attributes.begin() + static_cast<std::ptrdiff_t>(id) * m);
+        cell.weight = static_cast<std::uint32_t>(weight);
+        *shard.cells.At(id) = cell;
+        if (m > 0) std::copy(values.begin(), values.end(), shard.attributes.At(id));
     }
     if (!ReadLine(in, text) || text != kEndLine) {
         return LogFailure(RESULT_INVALID_INPUT, "FusePointCloud::LoadInfo: missing end line");
