@@ -49,8 +49,10 @@
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
 
+// Point-cloud processing: normals, smoothing, density, fusion
+#include <zol/pointcloud/ConsolidatePointCloud.h>
+#include <zol/pointcloud/FusePointCloud.h>
+#include <zol/pointcloud/PointCloudDensity.h>
+
 // Shape detection: primitive fits and tangent-face selection
 #include <zol/shape/DetectShape.h>
-
-// Point-cloud processing: volumetric fusion
-#include <zol/pointcloud/FusePointCloud.h>
