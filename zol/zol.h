@@ -49,9 +49,10 @@
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
 
-// Point-cloud processing: normals, smoothing, density, fusion
+// Point-cloud processing: normals, smoothing, density, fusion, colour
 #include <zol/pointcloud/ConsolidatePointCloud.h>
 #include <zol/pointcloud/FusePointCloud.h>
+#include <zol/pointcloud/IntrinsicColor.h>
 #include <zol/pointcloud/PointCloudDensity.h>
 
 // Shape detection: primitive fits and tangent-face selection
