@@ -58,8 +58,10 @@
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
 
-// Point-cloud processing: normals, smoothing, density, sampling and utilities
+// Point-cloud processing: normals, smoothing, density, sampling, utilities, fusion, colour
 #include <zol/pointcloud/ConsolidatePointCloud.h>
+#include <zol/pointcloud/FusePointCloud.h>
+#include <zol/pointcloud/IntrinsicColor.h>
 #include <zol/pointcloud/PointCloudDensity.h>
 #include <zol/pointcloud/PointCloudUtility.h>
 #include <zol/pointcloud/SamplePointCloud.h>

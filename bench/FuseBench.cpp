@@ -1,0 +1,151 @@
+// Volumetric fusion throughput: 10 clouds of 1M points each fused into a 512^3 grid and
+// extracted, reported as fused points per second. "Scans" are 10 rigidly moved views of a
+// bumpy sphere with normals, in scan order (a few points per cell per view); "scatter" is
+// uniform noise, where nearly every point opens a cell of its own. A nested ordered map
+// of cells on one thread is the baseline layout.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <map>
+#include <random>
+#include <vector>
+
+#include <zol/core/Matrix4x4.h>
+#include <zol/core/PointCloud.h>
+#include <zol/pointcloud/FusePointCloud.h>
+#include <zol/runtime/ThreadCount.h>
+
+namespace {
+
+constexpr int kClouds = 10;
+constexpr int kPoints = 1000000;
+constexpr int kResolution = 512;
+
+// One range-scan-like view: a cap of a bumpy sphere of radius 0.9 sampled row by row.
+ZOL::PointCloud MakeScan() {
+    ZOL::PointCloud cloud(true, false, false);
+    cloud.ReservePoint(kPoints);
+    const int side = 1000;
+    for (int r = 0; r < side; ++r) {
+        for (int c = 0; c < side; ++c) {
+            const double theta = 1.4 * r / side, phi = 2.0 * M_PI * c / side;
+            ZOL::Vector3 n(std::sin(theta) * std::cos(phi), std::sin(theta) * std::sin(phi),
+                           std::cos(theta));
+            const double radius = 0.9 + 0.02 * std::sin(17 * theta) * std::cos(11 * phi);
+            cloud.InsertPoint(n * radius, n);
+        }
+    }
+    return cloud;
+}
+
+ZOL::PointCloud MakeScatter() {
+    ZOL::PointCloud cloud(true, false, false);
+    cloud.ReservePoint(kPoints);
+    std::mt19937 rng(5);
+    std::uniform_real_distribution<double> u(-0.95, 0.95);
+    for (int i = 0; i < kPoints; ++i) {
+        cloud.InsertPoint(ZOL::Vector3(u(rng), u(rng), u(rng)), ZOL::Vector3(0, 0, 1));
+    }
+    return cloud;
+}
+
+const ZOL::PointCloud& Cloud(bool scatter) {
+    static const ZOL::PointCloud scan = MakeScan(), noise = MakeScatter();
+    return scatter ? noise : scan;
+}
+
+// View v: a turn about the y axis by 36 degrees per view, and a slight tilt.
+std::vector<ZOL::Matrix4x4> Views() {
+    std::vector<ZOL::Matrix4x4> views(kClouds);
+    for (int v = 0; v < kClouds; ++v) {
+        const double a = v * 0.2 * M_PI, b = 0.05 * v;
+        const double m[12] = {std::cos(a),
+                              0,
+                              std::sin(a),
+                              0,
+                              std::sin(a) * std::sin(b),
+                              std::cos(b),
+                              -std::cos(a) * std::sin(b),
+                              0,
+                              -std::sin(a) * std::cos(b),
+                              std::sin(b),
+                              std::cos(a) * std::cos(b),
+                              0};
+        views[v].InitIdentityTransform();
+        for (int i = 0; i < 12; ++i) views[v].SetValue(i, m[i]);
+    }
+    return views;
+}
+
+void SetPointRate(benchmark::State& state) {
+    state.counters["points/s"] = benchmark::Counter(
+        static_cast<double>(kClouds) * kPoints * state.iterations(), benchmark::Counter::kIsRate);
+}
+
+// args: scatter (0/1), threads.
+void BM_Fuse(benchmark::State& state) {
+    const ZOL::PointCloud& cloud = Cloud(state.range(0) != 0);
+    ZOL::SetThreadCount(static_cast<int>(state.range(1)));
+    const std::vector<ZOL::Matrix4x4> views = Views();
+    for (auto _ : state) {
+        ZOL::FusePointCloud fuse(kResolution, kResolution, kResolution, ZOL::Vector3(-1, -1, -1),
+                                 ZOL::Vector3(1, 1, 1), true);
+        for (const ZOL::Matrix4x4& view : views) fuse.UpdateFuseFunction(&cloud, &view, nullptr);
+        ZOL::PointCloud fused;
+        fuse.ExtractPointCloud(&fused, nullptr);
+        state.counters["cells"] = fused.GetPointCount();
+    }
+    SetPointRate(state);
+    ZOL::SetThreadCount(0);
+}
+BENCHMARK(BM_Fuse)
+    ->ArgsProduct({{0, 1}, {1, 2}})
+    ->ArgNames({"scatter", "threads"})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+// The layout the cells had before: x map of y maps of z maps, ordered at every level.
+struct MapCell {
+    ZOL::Vector3 position, normal;
+    double weight = 0.0;
+};
+
+void BM_NestedMapBaseline(benchmark::State& state) {
+    ZOL::PointCloud& cloud = const_cast<ZOL::PointCloud&>(Cloud(state.range(0) != 0));
+    const std::vector<ZOL::Matrix4x4> views = Views();
+    const double h = 2.0 / kResolution;
+    for (auto _ : state) {
+        std::map<int, std::map<int, std::map<int, MapCell>>> tree;
+        for (const ZOL::Matrix4x4& view : views) {
+            for (int i = 0; i < kPoints; ++i) {
+                const ZOL::Vector3 p = view.TransformPoint(cloud.GetPointCoord(i));
+                const ZOL::Vector3 nu = view.RotateVector(cloud.GetPointNormal(i));
+                const int ix = int((p.x + 1) / h), iy = int((p.y + 1) / h), iz = int((p.z + 1) / h);
+                if (ix < 0 || iy < 0 || iz < 0) continue;
+                MapCell& c = tree[ix][iy][iz];
+                const double W = c.weight + 1.0;
+                c.position = (c.position * c.weight + p) / W;
+                c.normal = c.normal * nu < 0 ? c.normal * W - nu : c.normal * W + nu;
+                c.normal.Normalise();
+                c.weight = W;
+            }
+        }
+        ZOL::PointCloud fused(true, false, false);
+        for (auto& x : tree)
+            for (auto& y : x.second)
+                for (auto& z : y.second) fused.InsertPoint(z.second.position, z.second.normal);
+        state.counters["cells"] = fused.GetPointCount();
+    }
+    SetPointRate(state);
+}
+BENCHMARK(BM_NestedMapBaseline)
+    ->Arg(0)
+    ->Arg(1)
+    ->ArgNames({"scatter"})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(1);
+
+}  // namespace
+
+BENCHMARK_MAIN();

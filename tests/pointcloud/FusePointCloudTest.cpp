@@ -1,0 +1,316 @@
+// Volumetric fusion: hand-computed cells, output order, the one-sided range rule, a
+// nested-map reference on real scans at 1, 2 and 8 threads, save and resume, damaged
+// saved states, and the exact line and code of every refused call.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <map>
+#include <sstream>
+#include <tuple>
+
+#include <zol/core/Matrix4x4.h>
+#include <zol/core/PointCloud.h>
+#include <zol/pointcloud/FusePointCloud.h>
+#include <zol/runtime/Constants.h>
+
+#include "tests/common/PointData.h"
+#include "tests/common/TestData.h"
+
+using namespace ZOL;
+
+namespace {
+
+std::string Saved(const FusePointCloud& fuse) {
+    std::ostringstream out;
+    EXPECT_EQ(fuse.DumpInfo(out), RESULT_OK);
+    return out.str();
+}
+
+PointCloud Extracted(const FusePointCloud& fuse, std::vector<double>* attributes = nullptr) {
+    PointCloud cloud;
+    EXPECT_EQ(fuse.ExtractPointCloud(&cloud, attributes), RESULT_OK);
+    return cloud;
+}
+
+// bun045 -> bun000 ground truth of the data README (3 x 4, row-major).
+Matrix4x4 Bun045ToBun000() {
+    const double t[12] = {0.826351, -0.010600, 0.563056,  -0.052021, 0.004137, 0.999910,
+                          0.012754, -0.000384, -0.563141, -0.008210, 0.826320, -0.010922};
+    Matrix4x4 m;
+    m.InitIdentityTransform();
+    for (int i = 0; i < 12; ++i) m.SetValue(i, t[i]);
+    return m;
+}
+
+PointCloud Oriented(const std::vector<Vector3>& points, const std::vector<Vector3>& normals) {
+    return zoltest::MakeCloud(points, &normals);
+}
+
+}  // namespace
+
+TEST(FusePointCloud, TwoIdenticalCloudsGiveOnePointPerCell) {
+    PointCloud scan = zoltest::MakeCloud({{0.1, 0.1, 0.1}, {0.9, 0.1, 0.1}, {0.9, 0.9, 0.9}});
+    FusePointCloud fuse(4, 4, 4, Vector3(0, 0, 0), Vector3(1, 1, 1), false);
+    ASSERT_EQ(fuse.UpdateFuseFunction(&scan, nullptr, nullptr), RESULT_OK);
+    ASSERT_EQ(fuse.UpdateFuseFunction(&scan, nullptr, nullptr), RESULT_OK);
+    PointCloud fused = Extracted(fuse);
+    ASSERT_EQ(fused.GetPointCount(), 3);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(fused.GetPointCoord(i), scan.GetPointCoord(i));
+    EXPECT_NE(Saved(fuse).find("\n0 0 0 0.1 0.1 0.1 0 0 0 2\n"), std::string::npos);
+}
+
+TEST(FusePointCloud, CellsHoldRunningMeansAndNormalsByTheSignRule) {
+    // Cell (0,0,0) of a 2 x 1 x 1 grid over [0,2] x [0,1] x [0,1] receives three points;
+    // cell (1,0,0) one. Expected values are worked by hand from the update rule.
+    const double r5 = std::sqrt(5.0);
+    PointCloud a = Oriented({{0.2, 0.5, 0.5}, {1.5, 0.5, 0.5}}, {{1, 0, 0}, {0, 0, 1}});
+    PointCloud b = Oriented({{0.5, 0.2, 0.5}}, {{0, 1, 0}});
+    PointCloud c = Oriented({{0.8, 0.8, 0.2}}, {{0, -1, 0}});
+    const std::vector<double> attrA = {1, 10, 7, 70}, attrB = {4, 40}, attrC = {7, 100};
+    FusePointCloud fuse(2, 1, 1, Vector3(0, 0, 0), Vector3(2, 1, 1), true);
+    ASSERT_EQ(fuse.UpdateFuseFunction(&a, nullptr, &attrA), RESULT_OK);
+    ASSERT_EQ(fuse.UpdateFuseFunction(&b, nullptr, &attrB), RESULT_OK);
+    ASSERT_EQ(fuse.UpdateFuseFunction(&c, nullptr, &attrC), RESULT_OK);
+    std::vector<double> attributes = {-1};  // extraction appends
+    PointCloud fused = Extracted(fuse, &attributes);
+    ASSERT_TRUE(fused.HasNormal());
+    ASSERT_EQ(fused.GetPointCount(), 2);
+    EXPECT_NEAR(fused.GetPointCoord(0).Distance(Vector3(0.5, 0.5, 0.4)), 0.0, 1e-14);
+    // After b: 2 (1,0,0) + (0,1,0) = (2,1,0)/sqrt5 (weight after the increment). c points
+    // the other way, so it is flipped: 3 (2,1,0)/sqrt5 - (0,-1,0).
+    Vector3 expected(6 / r5, 3 / r5 + 1, 0);
+    expected.Normalise();
+    EXPECT_NEAR(fused.GetPointNormal(0).Distance(expected), 0.0, 1e-15);
+    EXPECT_EQ(fused.GetPointCoord(1), Vector3(1.5, 0.5, 0.5));
+    EXPECT_EQ(fused.GetPointNormal(1), Vector3(0, 0, 1));
+    const std::vector<double> expectedAttributes = {-1, 4, 50, 7, 70};
+    ASSERT_EQ(attributes.size(), expectedAttributes.size());
+    for (size_t i = 0; i < attributes.size(); ++i) {
+        EXPECT_NEAR(attributes[i], expectedAttributes[i], 1e-13) << i;
+    }
+}
+
+TEST(FusePointCloud, OutputIsInAscendingCellOrderAndTheRangeIsOneSided) {
+    // Cell centres of a 4^3 grid over [0,4]^3 in a scrambled order, plus range probes.
+    std::vector<Vector3> points;
+    for (int i = 0; i < 64; ++i) {
+        const int j = (i * 37 + 11) % 64;
+        points.push_back(Vector3(j / 16 + 0.5, (j / 4) % 4 + 0.5, j % 4 + 0.5));
+    }
+    const struct {
+        Vector3 p;
+        bool kept;
+    } probes[] = {
+        {{0, 0, 0}, true},            // at bboxMin: cell (0,0,0)
+        {{9.5, 0.5, 0.5}, true},      // beyond bboxMax: cell (9,0,0) outside the grid
+        {{-0.25, 2.5, 2.5}, false},   // below bboxMin by less than a cell
+        {{2.5, -1.5, 2.5}, false},    // below on y
+        {{2.5, 2.5, -1e-12}, false},  // just below on z
+        {{1e12, 0.5, 0.5}, false},    // cell index beyond an int
+    };
+    for (const auto& probe : probes) points.push_back(probe.p);
+    PointCloud cloud = zoltest::MakeCloud(points);
+    FusePointCloud fuse(4, 4, 4, Vector3(0, 0, 0), Vector3(4, 4, 4), false);
+    ASSERT_EQ(fuse.UpdateFuseFunction(&cloud, nullptr, nullptr), RESULT_OK);
+    PointCloud fused = Extracted(fuse);
+    ASSERT_EQ(fused.GetPointCount(), 65);
+    // (0,0,0) holds the mean of its centre and the probe at bboxMin.
+    EXPECT_EQ(fused.GetPointCoord(0), Vector3(0.25, 0.25, 0.25));
+    for (int j = 1; j < 64; ++j) {
+        EXPECT_EQ(fused.GetPointCoord(j), Vector3(j / 16 + 0.5, (j / 4) % 4 + 0.5, j % 4 + 0.5))
+            << j;
+    }
+    EXPECT_EQ(fused.GetPointCoord(64), Vector3(9.5, 0.5, 0.5));
+}
+
+TEST(FusePointCloud, RealScansMatchANestedMapReferenceOnAnyThreadCount) {
+    if (!zoltest::HasData()) GTEST_SKIP();
+    PointCloud scan0 =
+        zoltest::MakeCloud(zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun000.ply")));
+    PointCloud scan1 =
+        zoltest::MakeCloud(zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun045.ply")));
+    ASSERT_GT(scan0.GetPointCount(), 40000);
+    const Matrix4x4 pose = Bun045ToBun000();
+    const Vector3 lo(-0.1, 0.03, -0.07), hi(0.07, 0.19, 0.07);  // part of the bunny
+    const int res = 97;
+    // Reference: an ordered map of cells with plain running means.
+    std::map<std::tuple<int, int, int>, std::pair<Vector3, double>> cells;
+    for (int s = 0; s < 2; ++s) {
+        PointCloud& scan = s == 0 ? scan0 : scan1;
+        for (int i = 0; i < scan.GetPointCount(); ++i) {
+            const Vector3 p =
+                s == 0 ? scan.GetPointCoord(i) : pose.TransformPoint(scan.GetPointCoord(i));
+            if (p.x < lo.x || p.y < lo.y || p.z < lo.z) continue;
+            const Vector3 q((p.x - lo.x) / ((hi.x - lo.x) / res),
+                            (p.y - lo.y) / ((hi.y - lo.y) / res),
+                            (p.z - lo.z) / ((hi.z - lo.z) / res));
+            auto& cell = cells[std::make_tuple(int(q.x), int(q.y), int(q.z))];
+            cell.first = (cell.first * cell.second + p) / (cell.second + 1.0);
+            cell.second += 1.0;
+        }
+    }
+    std::string first;
+    for (int threads : {1, 2, 8}) {
+        zoltest::ThreadCountScope scope(threads);
+        FusePointCloud fuse(res, res, res, lo, hi, false);
+        ASSERT_EQ(fuse.UpdateFuseFunction(&scan0, nullptr, nullptr), RESULT_OK);
+        ASSERT_EQ(fuse.UpdateFuseFunction(&scan1, &pose, nullptr), RESULT_OK);
+        const std::string saved = Saved(fuse);
+        if (threads == 1) {
+            first = saved;
+            PointCloud fused = Extracted(fuse);
+            ASSERT_EQ(fused.GetPointCount(), static_cast<int>(cells.size()));
+            int i = 0;
+            for (const auto& cell : cells) {
+                EXPECT_EQ(fused.GetPointCoord(i++), cell.second.first) << i;
+            }
+        }
+        EXPECT_EQ(saved, first) << threads << " threads";
+    }
+}
+
+TEST(FusePointCloud, SavedAndResumedFusionEqualsOneShotFusion) {
+    const std::vector<Vector3> points = zoltest::RandomPoints(5000, 7, 1.2);
+    const std::vector<Vector3> normals = zoltest::RandomNormals(5000, 8);
+    PointCloud first = zoltest::MakeCloud(points, &normals);
+    PointCloud second = zoltest::MakeCloud(zoltest::RandomPoints(5000, 9, 1.2), &normals);
+    std::vector<double> attributes(5000);
+    for (size_t i = 0; i < attributes.size(); ++i) attributes[i] = std::sin(0.1 * i);
+    Matrix4x4 turn;
+    turn.InitIdentityTransform();
+    turn.SetValue(0, 1, -1.0), turn.SetValue(1, 0, 1.0), turn.SetValue(0, 0, 0.0);
+    turn.SetValue(1, 1, 0.0), turn.SetValue(2, 3, 0.3);
+
+    FusePointCloud oneShot(64, 64, 64, Vector3(-1, -1, -1), Vector3(1, 1, 1), true);
+    ASSERT_EQ(oneShot.UpdateFuseFunction(&first, nullptr, &attributes), RESULT_OK);
+    ASSERT_EQ(oneShot.UpdateFuseFunction(&second, &turn, &attributes), RESULT_OK);
+
+    FusePointCloud before(64, 64, 64, Vector3(-1, -1, -1), Vector3(1, 1, 1), true);
+    ASSERT_EQ(before.UpdateFuseFunction(&first, nullptr, &attributes), RESULT_OK);
+    std::istringstream in(Saved(before) + "trailing data stays in the stream\n");
+    FusePointCloud resumed;
+    ASSERT_EQ(resumed.LoadInfo(in), RESULT_OK);
+    std::string rest;
+    std::getline(in, rest);
+    EXPECT_EQ(rest, "trailing data stays in the stream");
+    ASSERT_EQ(resumed.UpdateFuseFunction(&second, &turn, &attributes), RESULT_OK);
+    EXPECT_EQ(Saved(resumed), Saved(oneShot));
+}
+
+TEST(FusePointCloud, DamagedSavedStateIsRefusedAndTheObjectKept) {
+    PointCloud cloud = zoltest::MakeCloud({{0.5, 0.5, 0.5}, {1.5, 0.5, 0.5}});
+    FusePointCloud source(2, 2, 2, Vector3(0, 0, 0), Vector3(2, 2, 2), false);
+    ASSERT_EQ(source.UpdateFuseFunction(&cloud, nullptr, nullptr), RESULT_OK);
+    const std::string good = Saved(source);
+    ASSERT_EQ(good,
+              "FusePointCloud 1\nresolution 2 2 2\nbbox 0 0 0 2 2 2\nfuseNormal 0\n"
+              "attributes 0\ncells 2\n0 0 0 0.5 0.5 0.5 0 0 0 1\n1 0 0 1.5 0.5 0.5 0 0 0 1\n"
+              "end FusePointCloud\n");
+    auto edit = [&](const std::string& from, const std::string& to) {
+        std::string text = good;
+        return text.replace(text.find(from), from.size(), to);
+    };
+    const struct {
+        std::string text;
+        const char* line;
+    } cases[] = {
+        {"", "FusePointCloud::LoadInfo: not a saved fuse state"},
+        {edit("FusePointCloud 1", "FusePointCloud 2"),
+         "FusePointCloud::LoadInfo: not a saved fuse state"},
+        {edit("resolution 2 2 2", "resolution 2 0 2"),
+         "FusePointCloud::LoadInfo: damaged grid header"},
+        {edit("bbox 0 0 0 2", "bbox 3 0 0 2"), "FusePointCloud::LoadInfo: damaged grid header"},
+        {edit("cells 2", "cells 2 2"), "FusePointCloud::LoadInfo: damaged grid header"},
+        {edit("cells 2", "cells 3"), "FusePointCloud::LoadInfo: damaged cell at record 2"},
+        {edit("1 0 0 1.5", "1 0 0 nan"), "FusePointCloud::LoadInfo: damaged cell at record 1"},
+        {edit("0 0 0 1\n", "0 0 0 0.5\n"), "FusePointCloud::LoadInfo: damaged cell at record 0"},
+        {edit("1 0 0 1.5", "-1 0 0 1.5"), "FusePointCloud::LoadInfo: damaged cell at record 1"},
+        {edit("0 0 0 1\n1", "0 0 0 1\n0"), "FusePointCloud::LoadInfo: duplicate cell at record 1"},
+        {edit("cells 2", "cells 1"), "FusePointCloud::LoadInfo: missing end line"},
+        {good.substr(0, good.size() - 19), "FusePointCloud::LoadInfo: missing end line"},
+    };
+    FusePointCloud target(3, 3, 3, Vector3(0, 0, 0), Vector3(1, 1, 1), true);
+    PointCloud one = Oriented({{0.5, 0.5, 0.5}}, {{0, 0, 1}});
+    ASSERT_EQ(target.UpdateFuseFunction(&one, nullptr, nullptr), RESULT_OK);
+    const std::string kept = Saved(target);
+    for (const auto& c : cases) {
+        zoltest::LogCapture log;
+        std::istringstream in(c.text);
+        EXPECT_EQ(target.LoadInfo(in), RESULT_INVALID_INPUT) << c.line;
+        EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
+        EXPECT_EQ(Saved(target), kept) << c.line;
+    }
+}
+
+TEST(FusePointCloud, RefusedCallsLogOneLineAndChangeNothing) {
+    PointCloud plain = zoltest::MakeCloud({{0.5, 0.5, 0.5}, {1.5, 0.5, 0.5}});
+    PointCloud oriented = Oriented({{0.5, 0.5, 0.5}, {1.5, 0.5, 0.5}}, {{0, 0, 1}, {0, 0, 1}});
+    PointCloud nanPoint = Oriented({{0.5, 0.5, 0.5}, {NAN, 0.5, 0.5}}, {{0, 0, 1}, {0, 0, 1}});
+    PointCloud nanNormal =
+        Oriented({{0.5, 0.5, 0.5}, {1.5, 0.5, 0.5}}, {{0, 0, 1}, {0, INFINITY, 1}});
+    PointCloud empty(true, false, false), filled = plain;
+    const Matrix4x4 emptyMatrix;
+    const std::vector<double> three(3), four(4);
+    const Vector3 lo(0, 0, 0), hi(2, 2, 2);
+    FusePointCloud fuse(2, 2, 2, lo, hi, true);
+    FusePointCloud withAttributes(2, 2, 2, lo, hi, false);
+    ASSERT_EQ(withAttributes.UpdateFuseFunction(&plain, nullptr, &four), RESULT_OK);
+    FusePointCloud noGrid;
+    const struct {
+        std::function<int()> call;
+        int code;
+        const char* line;
+    } cases[] = {
+        {[&] { return fuse.Init(0, 2, 2, lo, hi, true); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::Init: resolutionX < 1 || resolutionY < 1 || resolutionZ < 1"},
+        {[&] { return fuse.Init(2, 2, 2, lo, Vector3(2, 0, 2), true); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::Init: bboxMin >= bboxMax"},
+        {[&] { return fuse.Init(2, 2, 2, lo, Vector3(2, NAN, 2), true); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::Init: bboxMin >= bboxMax"},
+        {[&] { return fuse.UpdateFuseFunction(nullptr, nullptr, nullptr); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::UpdateFuseFunction: input pointCloud is NULL"},
+        {[&] { return fuse.UpdateFuseFunction(&plain, nullptr, nullptr); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::UpdateFuseFunction: input pointCloud should have normal information"},
+        {[&] { return fuse._UpdateFuseFunction(nullptr, nullptr, nullptr); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::UpdateFuseFunction: input pointList is NULL"},
+        {[&] { return fuse.UpdateFuseFunction(&empty, nullptr, nullptr); }, RESULT_OK,
+         "FusePointCloud::UpdateFuseFunction: input pointCloud pointCount == 0"},
+        {[&] { return fuse.UpdateFuseFunction(&oriented, &emptyMatrix, nullptr); },
+         RESULT_INVALID_INPUT, "FusePointCloud::UpdateFuseFunction: transform is empty"},
+        {[&] { return fuse.UpdateFuseFunction(&oriented, nullptr, &three); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::UpdateFuseFunction: pointAttributes size is not a multiple of "
+         "pointCount"},
+        {[&] { return withAttributes.UpdateFuseFunction(&plain, nullptr, nullptr); },
+         RESULT_INVALID_INPUT,
+         "FusePointCloud::UpdateFuseFunction: attribute count 0 differs from fused 2"},
+        {[&] { return fuse.UpdateFuseFunction(&nanPoint, nullptr, nullptr); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::UpdateFuseFunction: non-finite coordinate at pointId = 1"},
+        {[&] { return fuse.UpdateFuseFunction(&nanNormal, nullptr, nullptr); },
+         RESULT_INVALID_INPUT,
+         "FusePointCloud::UpdateFuseFunction: non-finite normal at pointId = 1"},
+        {[&] { return noGrid.UpdateFuseFunction(&plain, nullptr, nullptr); }, RESULT_STEP_FAIL,
+         "FusePointCloud::UpdateFuseFunction: FuseTree is NULL"},
+        {[&] { return fuse.ExtractPointCloud(nullptr, nullptr); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::ExtractPointCloud: input pointCloud is NULL"},
+        {[&] { return fuse.ExtractPointCloud(&filled, nullptr); }, RESULT_INVALID_INPUT,
+         "FusePointCloud::ExtractPointCloud: input pointCloud is not blank"},
+        {[&] { return noGrid.ExtractPointCloud(&empty, nullptr); }, RESULT_STEP_FAIL,
+         "FusePointCloud::ExtractPointCloud: FuseTree is NULL"},
+        {[&] {
+             std::ostringstream out;
+             return noGrid.DumpInfo(out);
+         },
+         RESULT_STEP_FAIL, "FusePointCloud::DumpInfo: FuseTree is NULL"},
+    };
+    ASSERT_EQ(fuse.UpdateFuseFunction(&oriented, nullptr, nullptr), RESULT_OK);
+    const std::string kept = Saved(fuse);
+    for (const auto& c : cases) {
+        zoltest::LogCapture log;
+        EXPECT_EQ(c.call(), c.code) << c.line;
+        EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
+        EXPECT_EQ(Saved(fuse), kept) << c.line;
+    }
+    EXPECT_EQ(filled.GetPointCount(), 2);
+    EXPECT_EQ(empty.GetPointCount(), 0);
+}

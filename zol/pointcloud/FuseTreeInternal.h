@@ -1,0 +1,191 @@
+// The fused cells of FusePointCloud: a flat open-addressing hash of occupied cells, split
+// into shards by key hash so that workers own disjoint shards, and one ordered pass (a
+// sort of the occupied keys) for extraction and saving.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+#include <vector>
+
+#include <zol/core/Vector3.h>
+
+namespace ZOL {
+
+/// Memory for the arrays of a fusion, aligned to a cache line. Requests of 2 MiB or more
+/// are served in huge pages where the system offers them: on large clouds the first touch
+/// of fresh pages otherwise costs more than the fusion itself.
+void* AllocateLarge(std::size_t bytes);
+void FreeLarge(void* memory);
+
+/// Standard allocator over AllocateLarge, for the vectors of a fusion.
+template <typename T>
+struct LargeAllocator {
+    using value_type = T;
+    LargeAllocator() = default;
+    template <typename U>
+    LargeAllocator(const LargeAllocator<U>&) {}
+    T* allocate(std::size_t n) { return static_cast<T*>(AllocateLarge(n * sizeof(T))); }
+    void deallocate(T* p, std::size_t) { FreeLarge(p); }
+    bool operator==(const LargeAllocator&) const { return true; }
+    bool operator!=(const LargeAllocator&) const { return false; }
+};
+template <typename T>
+using LargeVector = std::vector<T, LargeAllocator<T>>;
+
+/// Grid index of a cell; every component >= 0.
+struct FuseCellKey {
+    int ix;
+    int iy;
+    int iz;
+    bool operator==(const FuseCellKey& o) const { return ix == o.ix && iy == o.iy && iz == o.iz; }
+};
+
+/// One occupied cell, one cache line. Its weight is the number of points fused (every
+/// point weighs 1), kept as an integer so that the line is not split; its attribute
+/// values live in the shard's attribute blocks.
+struct alignas(64) FuseCell {
+    Vector3 position;
+    Vector3 normal;
+    FuseCellKey key;
+    std::uint32_t weight;
+};
+
+/// Where a cell lives: its shard and its index there.
+struct FuseCellRef {
+    int shard;
+    int cell;
+};
+
+/// Elements of \p width values of T each, in blocks that double in size. Elements never
+/// move once appended, so growth neither copies them nor touches their pages twice.
+/// T must be trivially copyable; Append leaves the new values for the caller to write.
+template <typename T>
+class FuseBlocks {
+public:
+    explicit FuseBlocks(int width = 1) : mWidth(width) {}
+    ~FuseBlocks() {
+        for (T* block : mBlocks) FreeLarge(block);
+    }
+    FuseBlocks(FuseBlocks&& other) noexcept { *this = static_cast<FuseBlocks&&>(other); }
+    FuseBlocks& operator=(FuseBlocks&& other) noexcept {
+        if (this != &other) {
+            for (T* block : mBlocks) FreeLarge(block);
+            mBlocks.swap(other.mBlocks);
+            other.mBlocks.clear();
+            mSize = other.mSize, mCapacity = other.mCapacity, mWidth = other.mWidth;
+            other.mSize = other.mCapacity = 0;
+        }
+        return *this;
+    }
+    FuseBlocks(const FuseBlocks&) = delete;
+    FuseBlocks& operator=(const FuseBlocks&) = delete;
+
+    std::size_t size() const { return mSize; }
+    /// \return the first value of element \p id (not for width 0).
+    T* At(std::size_t id) const {
+        const std::uint64_t q = id / kFirstBlock + 1;
+        int b = 0;
+#if defined(__GNUC__)
+        b = 63 - __builtin_clzll(q);
+#else
+        while ((q >> (b + 1)) != 0) ++b;
+#endif
+        // Block b holds kFirstBlock << b elements, from element kFirstBlock * (2^b - 1) on.
+        return mBlocks[b] + (id - kFirstBlock * ((std::size_t(1) << b) - 1)) * mWidth;
+    }
+    /// Appends one element whose values are not yet written.
+    void Append() {
+        if (mWidth > 0 && mSize == mCapacity) {
+            const std::size_t count = kFirstBlock << mBlocks.size();
+            mBlocks.push_back(static_cast<T*>(AllocateLarge(count * mWidth * sizeof(T))));
+            mCapacity += count;
+        }
+        ++mSize;
+    }
+
+private:
+    static constexpr std::size_t kFirstBlock = 256;
+
+    std::vector<T*> mBlocks;
+    std::size_t mSize = 0;
+    std::size_t mCapacity = 0;
+    int mWidth = 1;
+};
+
+/// The cells of one shard: a table of slots (power-of-two size, at most half full)
+/// pointing into the cells in insertion order.
+class FuseShard {
+public:
+    explicit FuseShard(int attributeCount = 0) : attributes(attributeCount) {}
+    /// \return the index of the cell with \p key, appending a cell of weight 0 (its
+    ///         attribute values unwritten) when there is none; \p inserted tells which.
+    int FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& inserted);
+    /// Asks for the slot of \p hash ahead of its use.
+    void PrefetchSlot(std::uint64_t hash) const {
+#if defined(__GNUC__)
+        if (!mSlots.empty()) __builtin_prefetch(&mSlots[hash & mMask]);
+#else
+        (void)hash;
+#endif
+    }
+    /// Asks for the cell that the slots suggest for \p hash (by tag only; a wrong guess
+    /// costs one useless fetch).
+    void PrefetchCell(std::uint64_t hash) const;
+
+    FuseBlocks<FuseCell> cells;
+    FuseBlocks<double> attributes;  ///< attributeCount values per cell
+
+private:
+    // The high hash bits tell most different keys apart without reading their cells.
+    struct Slot {
+        std::uint32_t tag;
+        int cell;  ///< -1 for an empty slot
+    };
+    void Grow();
+
+    LargeVector<Slot> mSlots;
+    std::uint64_t mMask = 0;
+};
+
+/// All fused cells, named after the ordered tree the messages call "FuseTree".
+class FuseTree {
+public:
+    static constexpr int kShardBits = 4;
+    static constexpr int kShardCount = 1 << kShardBits;
+
+    /// Mixes the three indices into 64 well-spread bits.
+    static std::uint64_t Hash(const FuseCellKey& key) {
+        std::uint64_t h = static_cast<std::uint32_t>(key.ix) * 0x9E3779B97F4A7C15ull;
+        h ^= static_cast<std::uint32_t>(key.iy) * 0xC2B2AE3D27D4EB4Full;
+        h ^= static_cast<std::uint32_t>(key.iz) * 0x165667B19E3779F9ull;
+        h ^= h >> 33;
+        h *= 0xFF51AFD7ED558CCDull;
+        h ^= h >> 29;
+        return h;
+    }
+    /// The shard of a hash: its top bits (slots use the low bits, tags the next-highest).
+    static int ShardOf(std::uint64_t hash) { return static_cast<int>(hash >> (64 - kShardBits)); }
+
+    /// An empty tree whose cells carry \p attributeCount values each.
+    explicit FuseTree(int attributeCount = 0);
+    /// Starts over, empty, with cells of \p attributeCount values.
+    void SetAttributeCount(int attributeCount);
+    int AttributeCount() const { return mAttributeCount; }
+
+    /// \return the number of cells.
+    long long CellCount() const;
+    /// \return every cell, ordered by ascending ix, then iy, then iz.
+    LargeVector<FuseCellRef> SortedCells() const;
+
+    FuseShard shards[kShardCount];
+    /// Flat copies of the points of a list that is not a plain PointCloud, kept between
+    /// updates so that a series of clouds touches their pages once.
+    std::vector<double> coordCopy;
+    std::vector<double> normalCopy;
+
+private:
+    int mAttributeCount;
+};
+
+}  // namespace ZOL
