@@ -125,7 +125,6 @@ TEST(FusePointCloud, OutputIsInAscendingCellOrderAndTheRangeIsOneSided) {
 }
 
 TEST(FusePointCloud, RealScansMatchANestedMapReferenceOnAnyThreadCount) {
-    if (!zoltest::HasData()) GTEST_SKIP();
     PointCloud scan0 =
         zoltest::MakeCloud(zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun000.ply")));
     PointCloud scan1 =

@@ -87,7 +87,6 @@ TEST(IntrinsicColor, ConversionsFollowTheSectorsAndTieRules) {
 }
 
 TEST(IntrinsicColor, RecoversAKnownGainOnARealScanSplitInTwo) {
-    if (!zoltest::HasData()) GTEST_SKIP();
     std::unique_ptr<PointCloud> scan(
         Parser::ImportPointCloud(zoltest::DataPath("clouds/milk_color.ply")));
     ASSERT_TRUE(scan && scan->HasColor());
