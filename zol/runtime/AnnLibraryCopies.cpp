@@ -39,7 +39,6 @@ constexpr int kBucketSize = 16;
 /// The tree constructor ANNkd_tree(ANNpointArray, int n, int dim, int bucketSize,
 /// ANNsplitRule) as the loader hands it out: the object to construct comes first.
 using TreeConstructor = void (*)(void*, ANNpointArray, int, int, int, ANNsplitRule);
-constexpr const char* kTreeConstructorSymbol = "_ZN10ANNkd_treeC1EPPdiii12ANNsplitRule";
 
 struct LibraryCopy {
     std::mutex lock;
@@ -65,6 +64,9 @@ Registry& TheRegistry() {
     return *registry;
 }
 
+#if defined(__linux__)
+constexpr const char* kTreeConstructorSymbol = "_ZN10ANNkd_treeC1EPPdiii12ANNsplitRule";
+
 /// True when the tree built through \p construct answers a known query correctly.
 bool CopyWorks(TreeConstructor construct) {
     double coords[] = {0, 0, 0, 1, 0, 0, 3, 0, 0};
@@ -88,11 +90,12 @@ bool CopyWorks(TreeConstructor construct) {
     return works;
 }
 
-#if defined(__linux__)
 /// Why private copies cannot be used here, or null when they can (then \p path is the
 /// file of the normally linked library).
 const char* SharedReason(std::string* path) {
 #if defined(ZOL_ANN_SANITIZED)
+    // Its allocator interception does not reach a second C runtime.
+    (void)path;
     return "built with a sanitizer";
 #else
     const char* shared = std::getenv("ZOL_ANN_SHARED");
