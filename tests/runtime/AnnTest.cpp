@@ -106,16 +106,20 @@ TEST(Ann, ListQueriesOnARealScanMatchBruteForceInAnyOrderOnOneTwoAndEightThreads
     for (int p : perm) shuffled.push_back(points[p]);
     PointCloud cloud = zoltest::MakeCloud(points), shuffledCloud = zoltest::MakeCloud(shuffled);
     PointCloudPointList list(&cloud), shuffledList(&shuffledCloud);
-    Ann ann;
+    Ann ann, shuffledAnn;
     ASSERT_EQ(ann.Init(&list, nullptr), RESULT_OK);
+    ASSERT_EQ(shuffledAnn.Init(&shuffledList, nullptr), RESULT_OK);
     std::vector<int> refIds, permutedIds;
-    std::vector<double> refDists;
+    std::vector<double> refDists, permutedDists;
     for (int threads : {1, 2, 8}) {
         zoltest::ThreadCountScope scope(threads);
         std::vector<int> ids(points.size() * k, -9), shuffledIds(ids);
-        std::vector<double> dists(ids.size(), -9.0);
+        std::vector<double> dists(ids.size(), -9.0), shuffledDists(dists);
         ASSERT_EQ(ann.FindNearestNeighbors(&list, k, ids.data(), dists.data()), RESULT_OK);
         ASSERT_EQ(ann.FindNearestNeighbors(&shuffledList, k, shuffledIds.data(), nullptr),
+                  RESULT_OK);
+        // An index over the shuffled points: ties may change order, distances may not.
+        ASSERT_EQ(shuffledAnn.FindNearestNeighbors(&shuffledList, k, nullptr, shuffledDists.data()),
                   RESULT_OK);
         if (refIds.empty()) {
             refIds = ids;
@@ -123,11 +127,14 @@ TEST(Ann, ListQueriesOnARealScanMatchBruteForceInAnyOrderOnOneTwoAndEightThreads
             ExpectMatchesBruteForce(points, points, 211, k, ids, dists);
             for (int p : perm) {
                 permutedIds.insert(permutedIds.end(), ids.begin() + p * k, ids.begin() + p * k + k);
+                permutedDists.insert(permutedDists.end(), dists.begin() + p * k,
+                                     dists.begin() + p * k + k);
             }
         }
         EXPECT_EQ(ids, refIds) << threads << " threads";
         EXPECT_EQ(dists, refDists) << threads << " threads";
         EXPECT_EQ(shuffledIds, permutedIds) << threads << " threads";
+        EXPECT_EQ(shuffledDists, permutedDists) << threads << " threads";
     }
     // Raw queries on the calling thread: the same rows.
     std::vector<double> raw = Flatten(shuffled);

@@ -4,10 +4,12 @@
 
 #include <ANN/ANN.h>
 
+#include <algorithm>
 #include <cmath>
 #include <new>
 #include <type_traits>
 
+#include <zol/runtime/AnnQueryOrderInternal.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/ParallelInternal.h>
 
@@ -20,9 +22,20 @@ static_assert(std::is_same<ANNidx, int>::value, "kd-tree indices must be ints");
 namespace {
 
 constexpr double kExactSearch = 0.0;
+/// How many searches ahead the rows of a reordered batch are fetched.
+constexpr int kPrefetchAhead = 4;
 /// Below this many points the extra trees are built on the calling thread: starting
 /// workers would cost more than the builds.
 constexpr int kParallelBuildPoints = 4096;
+
+/// Asks the cache for the line holding \p address ahead of its use.
+inline void Prefetch(const void* address) {
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#else
+    (void)address;
+#endif
+}
 
 /// Holds the lock of one tree's library copy for a batch of searches: the preferred
 /// tree when its copy is free, else any free one, else it waits for the preferred one.
@@ -62,16 +75,27 @@ int AnnImpl::Build(std::vector<double>&& data, int count, int dim) {
     for (double v : data) {
         if (!std::isfinite(v)) return RESULT_NOT_READY;
     }
-    mData = std::move(data);
     mPointCount = count;
     mDimension = dim;
     try {
         mRows.resize(static_cast<size_t>(count));
+        // Shuffled points are stored in spatial order, so that the points a search visits
+        // share cache lines. Point i keeps its row, so the trees and answers are the same.
+        const std::vector<int> order = CoherentQueryOrder(data.data(), dim, nullptr, 0, count);
+        if (order.empty()) {
+            mData = std::move(data);
+            for (int i = 0; i < count; ++i) mRows[i] = &mData[static_cast<size_t>(i) * dim];
+        } else {
+            mData.resize(data.size());
+            for (int slot = 0; slot < count; ++slot) {
+                double* stored = &mData[static_cast<size_t>(slot) * dim];
+                std::copy_n(&data[static_cast<size_t>(order[slot]) * dim], dim, stored);
+                mRows[order[slot]] = stored;
+            }
+        }
     } catch (const std::bad_alloc&) {
         return RESULT_NOT_READY;
     }
-    // Every tree reads these rows; none writes them.
-    for (int i = 0; i < count; ++i) mRows[i] = mData.data() + static_cast<size_t>(i) * dim;
     return EnsureTrees(ParallelTaskCount()) > 0 ? RESULT_OK : RESULT_NOT_READY;
 }
 
@@ -120,6 +144,13 @@ void AnnImpl::SearchBatch(
     ANNkd_tree* tree = mTrees[lease.Tree()];
     for (int j = 0; j < count; ++j) {
         const size_t r = static_cast<size_t>(order ? order[first + j] : first + j);
+        if (order && j + kPrefetchAhead < count) {
+            // Rows in search order lie all over the arrays: fetch a later one early.
+            const size_t later = static_cast<size_t>(order[first + j + kPrefetchAhead]);
+            Prefetch(rows.queries + later * rows.dim);
+            if (rows.ids) Prefetch(rows.ids + later * rows.stride);
+            if (rows.dists) Prefetch(rows.dists + later * rows.stride);
+        }
         int* ids = rows.ids ? rows.ids + r * rows.stride : spareIds.data();
         double* dists = rows.dists ? rows.dists + r * rows.stride : spareDists.data();
         tree->annkSearch(const_cast<double*>(rows.queries + r * rows.dim), k, ids, dists,

@@ -55,9 +55,7 @@ public:
     int GetPointCount() const { return mPointCount; }
     int GetDimension() const { return mDimension; }
     /// \return the indexed point \p pointId (dim doubles).
-    const double* GetPoint(int pointId) const {
-        return mData.data() + static_cast<size_t>(pointId) * mDimension;
-    }
+    const double* GetPoint(int pointId) const { return mRows[pointId]; }
 
     /// Weight of the normal part when the index was built with normals, else 0.
     double mNormalWeight = 0.0;
@@ -80,6 +78,8 @@ public:
                       std::vector<double>* distanceRes) const;
 
 private:
+    /// The coordinates, in spatial order when they came shuffled; mRows[i] is point i
+    /// wherever it is stored, and the trees see only mRows.
     std::vector<double> mData;
     std::vector<double*> mRows;
     int mPointCount = 0;

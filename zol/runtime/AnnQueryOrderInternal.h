@@ -1,6 +1,7 @@
-// The order in which a worker answers its nearest-neighbour queries. Searching queries
-// that lie next to each other one after the other keeps the tree nodes and points they
-// visit in the cache; shuffled queries make every search fetch them afresh.
+// The order in which a worker answers its nearest-neighbour queries, and in which an
+// index stores its points. Searching queries that lie next to each other one after the
+// other keeps the tree nodes and points they visit in the cache; shuffled queries and
+// shuffled points make every search fetch them afresh.
 #pragma once
 
 #include <vector>
