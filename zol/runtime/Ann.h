@@ -18,8 +18,10 @@ class Matrix4x4;
 /// Build it once with one of the Init forms, then query it from any number of threads:
 /// queries only read the index. The index keeps one kd-tree per worker (up to the
 /// processor count), so queries from several threads, and the workers of a list query,
-/// search at the same time; answers never depend on which tree serves them. Init and
-/// Clear must not overlap queries on the same object. Copies share one index.
+/// search at the same time; answers never depend on which tree serves them (with
+/// ZOL_ANN_SHARED=1 in the environment, or where private copies of the kd-tree library
+/// cannot be loaded, an index keeps one tree and searches take turns). Init and Clear must not
+/// overlap queries on the same object. Copies of an Ann share one index.
 class ZOL_API Ann {
 public:
     /// An empty index; every query returns RESULT_NOT_READY (-5) until an Init succeeds.
