@@ -5,10 +5,6 @@
 
 #include <ANN/ANN.h>
 
-#if defined(__linux__)
-#include <dlfcn.h>
-#endif
-
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -20,6 +16,12 @@
 #include <thread>
 
 #include <zol/runtime/LogInternal.h>
+
+// Loading a library a second time with globals of its own takes glibc's dlmopen.
+#if defined(__linux__) && defined(__GLIBC__)
+#define ZOL_ANN_COPIES 1
+#include <dlfcn.h>
+#endif
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define ZOL_ANN_SANITIZED 1
@@ -64,7 +66,7 @@ Registry& TheRegistry() {
     return *registry;
 }
 
-#if defined(__linux__)
+#if defined(ZOL_ANN_COPIES)
 constexpr const char* kTreeConstructorSymbol = "_ZN10ANNkd_treeC1EPPdiii12ANNsplitRule";
 
 /// True when the tree built through \p construct answers a known query correctly.
@@ -129,7 +131,7 @@ bool LoadCopy(Registry& registry, int copy) {
     return true;
 }
 #else
-const char* SharedReason(std::string*) { return "private library copies need Linux"; }
+const char* SharedReason(std::string*) { return "private library copies need glibc"; }
 
 bool LoadCopy(Registry&, int) { return false; }
 #endif

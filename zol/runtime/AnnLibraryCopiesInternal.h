@@ -17,8 +17,8 @@ inline constexpr int kMaxAnnLibraryCopies = 8;
 
 /// Makes up to \p wanted copies usable, loading missing ones on first need.
 /// \return how many copies serve new trees: at least 1 (copy 0), at most \p wanted, the
-///         processor count and the limit; 1 when private copies are not available (not
-///         Linux, a sanitizer runtime, ZOL_ANN_SHARED set, the loader refusing).
+///         processor count and the limit; 1 when private copies are not available (no
+///         glibc, a sanitizer, ZOL_ANN_SHARED set, the loader refusing).
 int AcquireAnnLibraryCopies(int wanted);
 
 /// The lock that every build, search and release through copy \p copy holds.
