@@ -92,6 +92,7 @@ int AnnImpl::Build(std::vector<double>&& data, int count, int dim) {
                 std::copy_n(&data[static_cast<size_t>(order[slot]) * dim], dim, stored);
                 mRows[order[slot]] = stored;
             }
+            std::vector<double>().swap(data);  // taken over: no second copy while building
         }
     } catch (const std::bad_alloc&) {
         return RESULT_NOT_READY;
@@ -115,8 +116,7 @@ int AnnImpl::EnsureTrees(int workers) {
     if (missing == 1 || mPointCount < kParallelBuildPoints) {
         for (int t = 0; t < missing; ++t) build(t, missing);
     } else {
-        ParallelFor(missing, build,
-                    {"Ann Init", "Ann Init: ThreadPool InsertTask BuildTreeMT Failed"});
+        ParallelFor(missing, build, {"Ann Init", "Ann Init: ThreadPool InsertTask Failed"});
         // Without workers an index still needs its first tree.
         if (have == 0 && !built[0]) build(0, missing);
     }
