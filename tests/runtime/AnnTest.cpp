@@ -1,16 +1,21 @@
 // Ann: k-nearest and radius queries against brute force on random clouds and a real
-// scan, thread-count independence of list queries, clamping of k, and every log line.
+// scan, independence of thread count and query order, searches from several threads
+// with and without private library copies, clamping of k, and every log line.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <numeric>
+#include <random>
 #include <thread>
 #include <vector>
 
 #include <zol/core/IPointList.h>
 #include <zol/core/Matrix4x4.h>
 #include <zol/runtime/Ann.h>
+#include <zol/runtime/AnnLibraryCopiesInternal.h>
 #include <zol/runtime/Constants.h>
 
 #include "tests/common/PointData.h"
@@ -25,6 +30,12 @@ std::vector<double> Flatten(const std::vector<Vector3>& points) {
     for (const Vector3& p : points) xyz.insert(xyz.end(), {p.x, p.y, p.z});
     return xyz;
 }
+
+/// Caps the kd-tree library copies used by indexes built in its lifetime.
+struct CopyLimitScope {
+    explicit CopyLimitScope(int limit) { SetAnnLibraryCopyLimit(limit); }
+    ~CopyLimitScope() { SetAnnLibraryCopyLimit(0); }
+};
 
 /// Checks every step-th row of a list query against the brute-force oracle.
 void ExpectMatchesBruteForce(const std::vector<Vector3>& points,
@@ -82,31 +93,58 @@ TEST(Ann, RawQueriesMatchBruteForceOnRandomClouds) {
     }
 }
 
-TEST(Ann, ListQueryOnARealScanMatchesBruteForceAndIsIdenticalForOneTwoAndEightThreads) {
+TEST(Ann, ListQueriesOnARealScanMatchBruteForceInAnyOrderOnOneTwoAndEightThreads) {
     const std::vector<Vector3> points =
         zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun000.ply"));
     ASSERT_EQ(points.size(), 40256u);
-    PointCloud cloud = zoltest::MakeCloud(points);
-    PointCloudPointList list(&cloud);
-    Ann ann;
-    ASSERT_EQ(ann.Init(&list, nullptr), RESULT_OK);
-    const int k = 8;
-    std::vector<int> refIds;
-    std::vector<double> refDists;
+    const int n = static_cast<int>(points.size()), k = 8;
+    // The same points shuffled: searched in another order inside, written to the same rows.
+    std::vector<int> perm(points.size());
+    std::iota(perm.begin(), perm.end(), 0);
+    std::shuffle(perm.begin(), perm.end(), std::mt19937(5));
+    std::vector<Vector3> shuffled;
+    for (int p : perm) shuffled.push_back(points[p]);
+    PointCloud cloud = zoltest::MakeCloud(points), shuffledCloud = zoltest::MakeCloud(shuffled);
+    PointCloudPointList list(&cloud), shuffledList(&shuffledCloud);
+    Ann ann, shuffledAnn;
+    {
+        // Built for one worker; queries on more workers add trees.
+        zoltest::ThreadCountScope scope(1);
+        ASSERT_EQ(ann.Init(&list, nullptr), RESULT_OK);
+        ASSERT_EQ(shuffledAnn.Init(&shuffledList, nullptr), RESULT_OK);
+    }
+    std::vector<int> refIds, permutedIds;
+    std::vector<double> refDists, permutedDists;
     for (int threads : {1, 2, 8}) {
         zoltest::ThreadCountScope scope(threads);
-        std::vector<int> ids(points.size() * k, -9);
-        std::vector<double> dists(ids.size(), -9.0);
+        std::vector<int> ids(points.size() * k, -9), shuffledIds(ids);
+        std::vector<double> dists(ids.size(), -9.0), shuffledDists(dists);
         ASSERT_EQ(ann.FindNearestNeighbors(&list, k, ids.data(), dists.data()), RESULT_OK);
+        ASSERT_EQ(ann.FindNearestNeighbors(&shuffledList, k, shuffledIds.data(), nullptr),
+                  RESULT_OK);
+        // An index over the shuffled points: ties may change order, distances may not.
+        ASSERT_EQ(shuffledAnn.FindNearestNeighbors(&shuffledList, k, nullptr, shuffledDists.data()),
+                  RESULT_OK);
         if (refIds.empty()) {
             refIds = ids;
             refDists = dists;
             ExpectMatchesBruteForce(points, points, 211, k, ids, dists);
-        } else {
-            EXPECT_EQ(ids, refIds) << threads << " threads";
-            EXPECT_EQ(dists, refDists) << threads << " threads";
+            for (int p : perm) {
+                permutedIds.insert(permutedIds.end(), ids.begin() + p * k, ids.begin() + p * k + k);
+                permutedDists.insert(permutedDists.end(), dists.begin() + p * k,
+                                     dists.begin() + p * k + k);
+            }
         }
+        EXPECT_EQ(ids, refIds) << threads << " threads";
+        EXPECT_EQ(dists, refDists) << threads << " threads";
+        EXPECT_EQ(shuffledIds, permutedIds) << threads << " threads";
+        EXPECT_EQ(shuffledDists, permutedDists) << threads << " threads";
     }
+    // Raw queries on the calling thread: the same rows.
+    std::vector<double> raw = Flatten(shuffled);
+    std::vector<int> rawIds(points.size() * k, -9);
+    ASSERT_EQ(ann.FindNearestNeighbors(raw.data(), n, k, rawIds.data(), nullptr), RESULT_OK);
+    EXPECT_EQ(rawIds, permutedIds);
 }
 
 TEST(Ann, RadiusQueryReturnsExactlyThePointsInsideNearestFirst) {
@@ -270,30 +308,59 @@ TEST(Ann, EveryFailureLogsItsLineAndReturnsItsStatus) {
     }
 }
 
-TEST(Ann, IndexesBuiltAndQueriedOnSeveralThreadsAtOnceGiveSequentialResults) {
-    // The kd-tree library keeps process-wide search state, so this only holds because
-    // every build, search and release is serialised behind one lock.
-    const int threads = 4, k = 6;
+TEST(Ann, IndexesBuiltSearchedAndReleasedOnSeveralHostThreadsAtOnceGiveSequentialResults) {
+    // One scan's index is searched over and over while three threads build, search and
+    // release small indexes, keeping many alive; then all again with every tree in the
+    // one shared copy of the kd-tree library.
+    const std::vector<Vector3> scan =
+        zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun045.ply"));
+    ASSERT_FALSE(scan.empty());
+    PointCloud scanCloud = zoltest::MakeCloud(scan);
+    PointCloudPointList scanList(&scanCloud);
+    const int builders = 3, rounds = 6, k = 6;
     std::vector<std::vector<double>> data, queries;
-    std::vector<std::vector<int>> expected(threads), got(threads);
-    for (int t = 0; t < threads; ++t) {
+    for (int t = 0; t < builders; ++t) {
         data.push_back(Flatten(zoltest::RandomPoints(1500 + 100 * t, 30 + t)));
         queries.push_back(Flatten(zoltest::RandomPoints(500, 40 + t)));
     }
-    auto work = [&](int t, std::vector<int>* out) {
-        for (int round = 0; round < 8; ++round) {
-            Ann ann;
-            ann.Init(data[t].data(), static_cast<int>(data[t].size() / 3), 3);
-            out->assign(500 * k, -1);
-            ann.FindNearestNeighbors(queries[t].data(), 500, k, out->data(), nullptr);
-            std::vector<int> inside;
-            ann.FindNearestNeighbors(queries[t].data(), 0.1, &inside, nullptr);
-            out->insert(out->end(), inside.begin(), inside.end());
-        }
+    auto query = [&](Ann& ann, int t, std::vector<int>* out) {
+        std::vector<int> ids(500 * k, -1), inside;
+        ann.FindNearestNeighbors(queries[t].data(), 500, k, ids.data(), nullptr);
+        ann.FindNearestNeighbors(queries[t].data(), 0.1, &inside, nullptr);
+        out->insert(out->end(), ids.begin(), ids.end());
+        out->insert(out->end(), inside.begin(), inside.end());
     };
-    for (int t = 0; t < threads; ++t) work(t, &expected[t]);
-    std::vector<std::thread> workers;
-    for (int t = 0; t < threads; ++t) workers.emplace_back(work, t, &got[t]);
-    for (std::thread& w : workers) w.join();
-    EXPECT_EQ(got, expected);
+    auto build = [&](int t, std::vector<int>* out) {
+        std::vector<Ann> alive(rounds);
+        for (Ann& ann : alive) {
+            Ann released;
+            released.Init(data[t].data(), static_cast<int>(data[t].size() / 3), 3);
+            query(released, t, out);
+            ann.Init(data[t].data(), static_cast<int>(data[t].size() / 3), 3);
+        }
+        for (Ann& ann : alive) query(ann, t, out);
+    };
+    for (int limit : {0, 1}) {
+        CopyLimitScope copies(limit);
+        zoltest::ThreadCountScope threads(2);
+        Ann scanAnn;
+        ASSERT_EQ(scanAnn.Init(&scanList, nullptr), RESULT_OK);
+        std::vector<int> scanExpected(scan.size() * k);
+        scanAnn.FindNearestNeighbors(&scanList, k, scanExpected.data(), nullptr);
+        std::vector<std::vector<int>> expected(builders), got(builders);
+        for (int t = 0; t < builders; ++t) build(t, &expected[t]);
+        int scanMismatches = 0;
+        std::vector<std::thread> workers;
+        workers.emplace_back([&] {
+            std::vector<int> ids(scanExpected.size());
+            for (int round = 0; round < 4; ++round) {
+                scanAnn.FindNearestNeighbors(&scanList, k, ids.data(), nullptr);
+                scanMismatches += ids != scanExpected;
+            }
+        });
+        for (int t = 0; t < builders; ++t) workers.emplace_back(build, t, &got[t]);
+        for (std::thread& w : workers) w.join();
+        EXPECT_EQ(got, expected) << "copy limit " << limit;
+        EXPECT_EQ(scanMismatches, 0) << "copy limit " << limit;
+    }
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -30,42 +31,45 @@ TEST(PointCloudInfo, NeighbourListStartsWithThePointItself) {
     EXPECT_EQ(dists[0], 0.0);
 }
 
-TEST(PointCloudInfo, CacheMatchesBruteForceAndIsIdenticalForAnyThreadCount) {
-    const std::vector<Vector3> points =
-        zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun000.ply"));
-    ASSERT_FALSE(points.empty());
-    PointCloud cloud = zoltest::MakeCloud(points);
-    const int n = cloud.GetPointCount();
-    const int k = 10;
-    std::vector<int> reference;
-    std::vector<double> referenceDists;
-    for (int threads : {1, 2, 8}) {
-        zoltest::ThreadCountScope scope(threads);
-        PointCloudInfo info;
-        ASSERT_EQ(info.InitAnn(&cloud, k), RESULT_OK);
-        ASSERT_EQ(info.FindNearestNeighbors(k, &cloud, nullptr), RESULT_OK);
-        std::vector<int> all;
-        std::vector<double> allDists;
-        for (int i = 0; i < n; ++i) {
-            ASSERT_EQ(info.GetCachedNeighborCount(i), k);
-            all.insert(all.end(), info.GetCachedNeighborIds(i), info.GetCachedNeighborIds(i) + k);
-            allDists.insert(allDists.end(), info.GetCachedNeighborDistances(i),
-                            info.GetCachedNeighborDistances(i) + k);
+TEST(PointCloudInfo, CacheMatchesBruteForceAndIsIdenticalForAnyThreadCountInScanOrShuffledOrder) {
+    for (bool shuffle : {false, true}) {
+        std::vector<Vector3> points =
+            zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun090.ply"));
+        ASSERT_FALSE(points.empty());
+        if (shuffle) std::shuffle(points.begin(), points.end(), std::mt19937(3));
+        PointCloud cloud = zoltest::MakeCloud(points);
+        const int n = cloud.GetPointCount();
+        const int k = 10;
+        std::vector<int> reference;
+        std::vector<double> referenceDists;
+        for (int threads : {1, 2, 8}) {
+            zoltest::ThreadCountScope scope(threads);
+            PointCloudInfo info;
+            ASSERT_EQ(info.InitAnn(&cloud, k), RESULT_OK);
+            ASSERT_EQ(info.FindNearestNeighbors(k, &cloud, nullptr), RESULT_OK);
+            std::vector<int> all;
+            std::vector<double> allDists;
+            for (int i = 0; i < n; ++i) {
+                ASSERT_EQ(info.GetCachedNeighborCount(i), k);
+                all.insert(all.end(), info.GetCachedNeighborIds(i),
+                           info.GetCachedNeighborIds(i) + k);
+                allDists.insert(allDists.end(), info.GetCachedNeighborDistances(i),
+                                info.GetCachedNeighborDistances(i) + k);
+            }
+            if (reference.empty()) {
+                reference = all;
+                referenceDists = allDists;
+            }
+            EXPECT_EQ(all, reference) << threads << " threads, shuffled " << shuffle;
+            EXPECT_EQ(allDists, referenceDists) << threads << " threads, shuffled " << shuffle;
         }
-        if (reference.empty()) {
-            reference = all;
-            referenceDists = allDists;
-        } else {
-            EXPECT_EQ(all, reference) << threads << " threads";
-            EXPECT_EQ(allDists, referenceDists) << threads << " threads";
-        }
-    }
-    for (int i = 0; i < n; i += 257) {
-        const auto expected = zoltest::BruteForceNearest(points, points[i], k);
-        EXPECT_EQ(reference[static_cast<size_t>(i) * k], i);
-        for (int j = 0; j < k; ++j) {
-            EXPECT_DOUBLE_EQ(referenceDists[static_cast<size_t>(i) * k + j],
-                             expected[j].squaredDistance);
+        for (int i = 0; i < n; i += 257) {
+            const auto expected = zoltest::BruteForceNearest(points, points[i], k);
+            EXPECT_EQ(reference[static_cast<size_t>(i) * k], i);
+            for (int j = 0; j < k; ++j) {
+                EXPECT_DOUBLE_EQ(referenceDists[static_cast<size_t>(i) * k + j],
+                                 expected[j].squaredDistance);
+            }
         }
     }
 }

@@ -8,6 +8,7 @@
 #include <zol/core/IPointList.h>
 #include <zol/core/Matrix4x4.h>
 #include <zol/runtime/AnnInternal.h>
+#include <zol/runtime/AnnQueryOrderInternal.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
 #include <zol/runtime/ParallelInternal.h>
@@ -17,30 +18,31 @@ namespace ZOL {
 namespace {
 
 /// Answers the k nearest of rows [begin, end) of the queries, writing those rows of the
-/// outputs. kk = min(k, point count) columns come from the index, the rest are filled
-/// with -1 / REAL_LARGE. A missing output is replaced by a small per-batch scratch.
+/// outputs, in batches on the tree \p preferredTree when its copy is free. Shuffled
+/// queries are answered in spatial order. kk = min(k, point count) columns come from
+/// the index, the rest are filled with -1 / REAL_LARGE.
 void AnswerRows(const AnnImpl& impl,
                 const double* queries,
                 int begin,
                 int end,
                 int k,
                 int* indexRes,
-                double* distanceRes) {
+                double* distanceRes,
+                int preferredTree) {
     const int kk = std::min(k, impl.GetPointCount());
     const int dim = impl.GetDimension();
-    std::vector<int> scratchIds(indexRes ? 0 : static_cast<size_t>(kAnnQueryBatch) * k);
-    std::vector<double> scratchDists(distanceRes ? 0 : static_cast<size_t>(kAnnQueryBatch) * k);
-    for (int first = begin; first < end; first += kAnnQueryBatch) {
-        const int count = std::min(kAnnQueryBatch, end - first);
-        const size_t row = static_cast<size_t>(first) * k;
-        int* ids = indexRes ? indexRes + row : scratchIds.data();
-        double* dists = distanceRes ? distanceRes + row : scratchDists.data();
-        impl.SearchBatch(queries + static_cast<size_t>(first) * dim, count, kk, ids, dists, k);
+    const std::vector<int> order = CoherentQueryOrder(queries, dim, nullptr, begin, end - begin);
+    const int* rowOrder = order.empty() ? nullptr : order.data();
+    const int first = rowOrder ? 0 : begin;
+    const AnnRows rows{queries, dim, indexRes, distanceRes, k};
+    for (int done = 0; done < end - begin; done += kAnnQueryBatch) {
+        const int count = std::min(kAnnQueryBatch, end - begin - done);
+        impl.SearchBatch(rows, rowOrder, first + done, count, kk, preferredTree);
         if (kk == k) continue;
-        for (int q = 0; q < count; ++q) {
-            const size_t r = static_cast<size_t>(q) * k;
-            if (indexRes) std::fill(ids + r + kk, ids + r + k, -1);
-            if (distanceRes) std::fill(dists + r + kk, dists + r + k, REAL_LARGE);
+        for (int j = first + done; j < first + done + count; ++j) {
+            const size_t r = static_cast<size_t>(rowOrder ? rowOrder[j] : j) * k;
+            if (indexRes) std::fill(indexRes + r + kk, indexRes + r + k, -1);
+            if (distanceRes) std::fill(distanceRes + r + kk, distanceRes + r + k, REAL_LARGE);
         }
     }
 }
@@ -49,6 +51,7 @@ void AnswerRows(const AnnImpl& impl,
 class FindNearestByPointListMT : public TaskBase {
 public:
     FindNearestByPointListMT(const AnnImpl* impl,
+                             int threadId,
                              const double* queries,
                              int begin,
                              int end,
@@ -56,6 +59,7 @@ public:
                              int* indexRes,
                              double* distanceRes)
         : mpImpl(impl),
+          mThreadId(threadId),
           mpQueries(queries),
           mBegin(begin),
           mEnd(end),
@@ -64,11 +68,12 @@ public:
           mpDistanceRes(distanceRes) {}
 
     void Run() override {
-        AnswerRows(*mpImpl, mpQueries, mBegin, mEnd, mK, mpIndexRes, mpDistanceRes);
+        AnswerRows(*mpImpl, mpQueries, mBegin, mEnd, mK, mpIndexRes, mpDistanceRes, mThreadId);
     }
 
 private:
     const AnnImpl* mpImpl;
+    int mThreadId;  ///< also the tree this task searches first
     const double* mpQueries;
     int mBegin;
     int mEnd;
@@ -212,7 +217,7 @@ int Ann::FindNearestNeighbors(
             RESULT_INVALID_INPUT,
             "Ann::FindNearestNeighbors: queryData == NULL || queryCount < 0 || k < 1");
     }
-    AnswerRows(*mpImpl, queryData, 0, queryCount, k, indexRes, distanceRes);
+    AnswerRows(*mpImpl, queryData, 0, queryCount, k, indexRes, distanceRes, AnnThreadHint());
     return RESULT_OK;
 }
 
@@ -242,10 +247,12 @@ int Ann::FindNearestNeighbors(const IPointList* queryList,
     const std::shared_ptr<AnnImpl> impl = mpImpl;
     const double* rows = queries.data();
     const int taskCount = ParallelTaskCount();
+    // The thread count may have grown since Init: one tree per worker where copies allow.
+    impl->EnsureTrees(taskCount);
     return RunTasks(
         taskCount,
         [&](int t, int n) -> TaskBase* {
-            return new FindNearestByPointListMT(impl.get(), rows, SliceBegin(queryCount, t, n),
+            return new FindNearestByPointListMT(impl.get(), t, rows, SliceBegin(queryCount, t, n),
                                                 SliceBegin(queryCount, t + 1, n), k, indexRes,
                                                 distanceRes);
         },

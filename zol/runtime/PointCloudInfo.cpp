@@ -7,6 +7,7 @@
 #include <zol/core/IPointList.h>
 #include <zol/runtime/Ann.h>
 #include <zol/runtime/AnnInternal.h>
+#include <zol/runtime/AnnQueryOrderInternal.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
 #include <zol/runtime/ParallelInternal.h>
@@ -36,9 +37,9 @@ void PutSelfFirst(
     dists[0] = 0.0;
 }
 
-/// Task t of n: the selected points t, t + n, t + 2n, ... of the selection list. Each
-/// batch is searched under one acquisition of the index lock; gathering the queries
-/// and writing the cache rows happen outside it.
+/// Task t of n: the selected points t, t + n, t + 2n, ... of the selection list,
+/// searched in batches on tree t when its copy is free, straight into their cache rows.
+/// Shuffled clouds are searched in spatial order; the rows written are the same.
 class FindNeighborsMT : public TaskBase {
 public:
     FindNeighborsMT(const AnnImpl* impl,
@@ -64,30 +65,24 @@ public:
 
     void Run() override {
         const std::vector<int>& selected = *mpSelected;
-        const std::vector<double>& coords = *mpCoords;
-        std::vector<double> queries(static_cast<size_t>(kAnnQueryBatch) * 3);
-        std::vector<int> ids(static_cast<size_t>(kAnnQueryBatch) * mK);
-        std::vector<double> dists(ids.size());
-        int batchPoints[kAnnQueryBatch];
-        const size_t total = selected.size();
-        size_t s = static_cast<size_t>(mThreadId);
-        while (s < total) {
-            int count = 0;
-            for (; count < kAnnQueryBatch && s < total; ++count, s += mThreadCount) {
-                const int p = selected[s];
-                batchPoints[count] = p;
-                std::copy_n(&coords[3 * static_cast<size_t>(p)], 3, &queries[3 * count]);
-            }
-            mpImpl->SearchBatch(queries.data(), count, mK, ids.data(), dists.data(), mK);
-            for (int q = 0; q < count; ++q) {
-                const int p = batchPoints[q];
-                int* rowIds = &ids[static_cast<size_t>(q) * mK];
-                double* rowDists = &dists[static_cast<size_t>(q) * mK];
-                PutSelfFirst(*mpImpl, p, &queries[3 * static_cast<size_t>(q)], rowIds, rowDists,
-                             mK);
+        std::vector<int> points;
+        points.reserve(selected.size() / mThreadCount + 1);
+        for (size_t s = mThreadId; s < selected.size(); s += mThreadCount) {
+            points.push_back(selected[s]);
+        }
+        const double* coords = mpCoords->data();
+        const int total = static_cast<int>(points.size());
+        std::vector<int> order = CoherentQueryOrder(coords, 3, points.data(), 0, total);
+        if (!order.empty()) points.swap(order);
+        const AnnRows rows{coords, 3, mpCacheIds, mpCacheDists, mStride};
+        for (int first = 0; first < total; first += kAnnQueryBatch) {
+            const int count = std::min(kAnnQueryBatch, total - first);
+            mpImpl->SearchBatch(rows, points.data(), first, count, mK, mThreadId);
+            for (int q = first; q < first + count; ++q) {
+                const int p = points[q];
                 const size_t row = static_cast<size_t>(p) * mStride;
-                std::copy_n(rowIds, mK, mpCacheIds + row);
-                std::copy_n(rowDists, mK, mpCacheDists + row);
+                PutSelfFirst(*mpImpl, p, coords + 3 * static_cast<size_t>(p), mpCacheIds + row,
+                             mpCacheDists + row, mK);
                 mpFilledCounts[p] = mK;
             }
         }
@@ -195,8 +190,10 @@ int PointCloudInfo::FindNearestNeighbors(int neighborCount,
     CopyPointListCoords(&pointList, &coords);
 
     const int k = std::min(neighborCount, impl->GetPointCount());
+    const int taskCount = ParallelTaskCount();
+    mpAnn->mpImpl->EnsureTrees(taskCount);
     return RunTasks(
-        ParallelTaskCount(),
+        taskCount,
         [&](int t, int n) -> TaskBase* {
             return new FindNeighborsMT(impl, &coords, &selected, t, n, k, mNeighborCount,
                                        mNeighborIds.data(), mNeighborDistances.data(),
@@ -236,7 +233,8 @@ int PointCloudInfo::GetNeighbor(int pointId,
     }
     std::vector<int> ids(static_cast<size_t>(k));
     std::vector<double> dists(static_cast<size_t>(k));
-    impl.SearchBatch(impl.GetPoint(pointId), 1, k, ids.data(), dists.data(), k);
+    const AnnRows rows{impl.GetPoint(pointId), 3, ids.data(), dists.data(), k};
+    impl.SearchBatch(rows, nullptr, 0, 1, k, AnnThreadHint());
     PutSelfFirst(impl, pointId, impl.GetPoint(pointId), ids.data(), dists.data(), k);
     if (neighborIds) neighborIds->swap(ids);
     if (squaredDistances) squaredDistances->swap(dists);

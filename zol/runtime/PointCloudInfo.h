@@ -29,19 +29,23 @@ public:
     /// kept, even for another cloud), and prepares the caches for \p neighborCount
     /// neighbours per point: a larger count than cached clears the cache, a smaller one
     /// keeps it. The caches grow to the cloud's point count.
-    /// \return 0; -2 for a null cloud ("PointCloudInfo::InitAnn pointCloud is NULL");
-    ///         -3 when the index cannot be built (the failed index stays attached).
+    /// \return RESULT_OK (0); RESULT_INVALID_INPUT (-2) for a null cloud
+    ///         ("PointCloudInfo::InitAnn pointCloud is NULL"); RESULT_STEP_FAIL (-3) when
+    ///         the index cannot be built, e.g. for an empty cloud or a non-finite
+    ///         coordinate (after the index's own line; the failed index stays attached).
     int InitAnn(const IPointCloud* pointCloud, int neighborCount);
     /// Fills the cache of the selected points with their \p neighborCount nearest points
     /// (at most the indexed point count), in parallel on GetThreadCount() workers. The
     /// queries are the cloud's current coordinates.
     /// \param[in] selection point indices (out-of-range ones are ignored); null for all.
-    /// \return 0; -2 for a null cloud ("PointCloudInfo::FindNearestNeighbors pointCloud
-    ///         is NULL") or neighborCount < 1 ("PointCloudInfo::FindNearestNeighbors:
-    ///         neighborCount < 1"); -5 without a built index ("PointCloudInfo::
-    ///         FindNearestNeighbors: InitAnn first"); -3 when no worker starts
-    ///         ("FindNearestNeighbors: invalid thread count = " and the count) or a task
-    ///         cannot be queued ("FindNearestNeighbors: InsertTask FindNeighborsMT Failed").
+    /// \return RESULT_OK (0); RESULT_INVALID_INPUT (-2) for a null cloud
+    ///         ("PointCloudInfo::FindNearestNeighbors pointCloud is NULL") or
+    ///         neighborCount < 1 ("PointCloudInfo::FindNearestNeighbors: neighborCount <
+    ///         1"); RESULT_NOT_READY (-5) without a built 3-D index ("PointCloudInfo::
+    ///         FindNearestNeighbors: InitAnn first"); RESULT_STEP_FAIL (-3) when no worker
+    ///         starts ("FindNearestNeighbors: invalid thread count = " and the count) or a
+    ///         task cannot be queued ("FindNearestNeighbors: InsertTask FindNeighborsMT
+    ///         Failed").
     int FindNearestNeighbors(int neighborCount,
                              const IPointCloud* pointCloud,
                              const std::vector<int>* selection);
@@ -50,12 +54,12 @@ public:
     /// \param[out] neighborIds resized to min(neighborCount, indexed point count); may be
     ///             null.
     /// \param[out] squaredDistances likewise; may be null.
-    /// \return 0; -5 without a built index ("PointCloudInfo::GetNeighbor: InitAnn
-    ///         first"); -2 for neighborCount < 1 ("PointCloudInfo::GetNeighbor:
-    ///         neighborCount < 1"), both outputs null ("PointCloudInfo::GetNeighbor:
-    ///         neighborIds == NULL && squaredDistances == NULL") or a point that is
-    ///         neither indexed nor cached ("PointCloudInfo::GetNeighbor: invalid pointId = "
-    ///         and the id).
+    /// \return RESULT_OK (0); RESULT_NOT_READY (-5) without a built 3-D index
+    ///         ("PointCloudInfo::GetNeighbor: InitAnn first"); RESULT_INVALID_INPUT (-2)
+    ///         for neighborCount < 1 ("PointCloudInfo::GetNeighbor: neighborCount < 1"),
+    ///         both outputs null ("PointCloudInfo::GetNeighbor: neighborIds == NULL &&
+    ///         squaredDistances == NULL") or a point that is neither indexed nor cached
+    ///         ("PointCloudInfo::GetNeighbor: invalid pointId = " and the id).
     int GetNeighbor(int pointId,
                     int neighborCount,
                     std::vector<int>* neighborIds,
