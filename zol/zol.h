@@ -89,11 +89,13 @@
 #include <zol/mesh/UnfoldMesh.h>
 
 // Point-cloud processing without an implementation in this library (each answers -8):
-// reconstruction, fitting, sum map, signed distance, grid cleaning, depth video, deformation
+// reconstruction, fitting, distance, sum map, signed distance, grid cleaning, depth video,
+// deformation
 #include <zol/pointcloud/ConsolidateGrid.h>
 #include <zol/pointcloud/DeformPointList.h>
 #include <zol/pointcloud/FitPointCloud.h>
 #include <zol/pointcloud/FuseDepthVideo.h>
+#include <zol/pointcloud/MeasurePointCloud.h>
 #include <zol/pointcloud/ReconstructMesh.h>
 #include <zol/pointcloud/SignedDistanceFunction.h>
 #include <zol/pointcloud/SumPointCloud.h>

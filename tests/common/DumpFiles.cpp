@@ -3,10 +3,16 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <typeinfo>
 
 #include <gtest/gtest.h>
 
 #include <zol/dump/DumpBase.h>
+#include <zol/dump/DumpRecordTable.h>
+#include <zol/runtime/Constants.h>
+
+#include "tests/common/TestData.h"
 
 namespace zoltest {
 
@@ -28,6 +34,45 @@ std::vector<std::string> RecordCall(const std::function<int()>& call, int* statu
         if (!std::binary_search(before.begin(), before.end(), name)) added.push_back(name);
     }
     return added;
+}
+
+std::string RunName(const ZOL::DumpBase& record) {
+    for (const ZOL::DumpRecordRow& row : ZOL::GetDumpRecordRows()) {
+        const std::unique_ptr<ZOL::DumpBase> same(row.create());
+        if (typeid(*same) != typeid(record)) continue;
+        return row.value == ZOL::API_FillMeshHole ? "DumpFillHoleMesh" : row.name;
+    }
+    return "";
+}
+
+std::unique_ptr<ZOL::DumpBase> ExpectReplays(const std::string& file,
+                                             int status,
+                                             const std::string& what,
+                                             const std::string& note) {
+    int apiName = 0;
+    std::ifstream head(file);
+    std::unique_ptr<ZOL::DumpBase> record;
+    if (ZOL::DumpBase::ReadInt(head, apiName)) record.reset(ZOL::CreateDumpRecord(apiName, file));
+    if (record == nullptr || record->LoadDumpFile(file) != ZOL::RESULT_OK) {
+        ADD_FAILURE() << what << ": " << file << " does not load";
+        return nullptr;
+    }
+    LogCapture log;
+    int replayed = 0;
+    const std::vector<std::string> again = RecordCall([&] { return record->Run(); }, &replayed);
+    EXPECT_EQ(replayed, status) << what;
+    const std::string line =
+        RunName(*record) + (status == ZOL::RESULT_OK ? std::string("::Run success")
+                                                     : "::Run failed: " + std::to_string(status));
+    EXPECT_TRUE(log.Contains(line)) << what << ": no line " << line;
+    if (!note.empty()) {
+        EXPECT_TRUE(log.Contains(note)) << what << ": no line " << note;
+    }
+    EXPECT_EQ(again.size(), 1u) << what;
+    if (again.size() == 1) {
+        EXPECT_EQ(ReadFile(again[0]), ReadFile(file)) << what;
+    }
+    return record;
 }
 
 DumpDirScope::DumpDirScope() {

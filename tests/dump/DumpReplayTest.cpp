@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <set>
 #include <typeinfo>
@@ -29,34 +30,6 @@ struct Operation {
     const char* name;  // as the registry names it
     std::function<int()> call;
 };
-
-// The record's name as its Run line spells it.
-std::string RunName(const DumpBase& record) {
-    for (const DumpRecordRow& row : GetDumpRecordRows()) {
-        const std::unique_ptr<DumpBase> same(row.create());
-        if (typeid(*same) != typeid(record)) continue;
-        return row.value == API_FillMeshHole ? "DumpFillHoleMesh" : row.name;
-    }
-    return "";
-}
-
-// Loads \p file, runs it with recording armed, and checks the status, the Run line and
-// that the replayed call wrote the same bytes again.
-void ExpectReplays(const std::string& file, int status, const std::string& what) {
-    int apiName = 0;
-    std::ifstream head(file);
-    ASSERT_TRUE(DumpBase::ReadInt(head, apiName)) << what;
-    std::unique_ptr<DumpBase> record(CreateDumpRecord(apiName, file));
-    ASSERT_NE(record, nullptr) << what;
-    ASSERT_EQ(record->LoadDumpFile(file), RESULT_OK) << what;
-    zoltest::LogCapture log;
-    int replayed = 0;
-    const auto again = zoltest::RecordCall([&] { return record->Run(); }, &replayed);
-    EXPECT_EQ(replayed, status) << what;
-    EXPECT_TRUE(log.Contains(RunName(*record) + "::Run failed: " + std::to_string(status))) << what;
-    ASSERT_EQ(again.size(), 1u) << what;
-    EXPECT_EQ(zoltest::ReadFile(again[0]), zoltest::ReadFile(file)) << what;
-}
 
 }  // namespace
 
@@ -89,6 +62,8 @@ TEST(UnavailableOperations, AnswerMinus8AndReplayFromTheirDumps) {
     std::vector<Vector2> uv;
     std::vector<Vector3> values;
     std::vector<Color4> image;
+    std::vector<Color4> image8(8, Color4(10, 20, 30, 255));
+    const std::vector<Vector3> polyline2(4, Vector3(0.5, 0, 1));
     std::vector<PointOnFace> pofs;
     std::vector<ImageColorId> colorIds;
     std::vector<std::vector<int>> lists;
@@ -248,6 +223,90 @@ TEST(UnavailableOperations, AnswerMinus8AndReplayFromTheirDumps) {
         {"FuseDepthVideo::ExtractPointCloud", [&] { return video.ExtractPointCloud(&outCloud); }},
         {"DeformPointList::Deform",
          [&] { return DeformPointList::Deform(&cloud, {0}, {Vector3(0, 0, 1)}, 1.0); }},
+        {"ConsolidatePointCloud::CalculateIsolation",
+         [&] { return ConsolidatePointCloud::CalculateIsolation(&cloud, 6, &reals); }},
+        {"ConsolidatePointCloud::CalculateUniformity",
+         [&] { return ConsolidatePointCloud::CalculateUniformity(&cloud, 6, &reals); }},
+        {"ConsolidatePointCloud::CalculateOutlier",
+         [&] { return ConsolidatePointCloud::CalculateOutlier(&cloud, 6, &reals); }},
+        {"ConsolidatePointCloud::ConsolidateRawScanData",
+         [&] { return ConsolidatePointCloud::ConsolidateRawScanData(&cloud, 6, 1.2, nullptr); }},
+        {"ConsolidatePointCloud::RemoveOverlap",
+         [&] {
+             return ConsolidatePointCloud::RemoveOverlap({&cloud, &grid}, 0.01, &lists);
+         }},
+        {"SamplePointCloud::Simplify",
+         [&] { return SamplePointCloud::Simplify(&cloud, 4, &ints, nullptr); }},
+        {"MeasurePointCloud::ComputeOneSideDistance",
+         [&] { return MeasurePointCloud::ComputeOneSideDistance(&grid, &cloud, &reals); }},
+        {"IntrinsicColor::TuneMeshColorFromMultiPatch",
+         [&] {
+             std::vector<Vector3> colors(8, Vector3(0.5, 0.25, 1));
+             return IntrinsicColor::TuneMeshColorFromMultiPatch(&cube, {0, 0, 0, 0, 1, 1, 1, 1},
+                                                                colors);
+         }},
+        {"IntrinsicColor::TuneColorFromMultiFrame",
+         [&] {
+             std::vector<std::vector<Vector3>> colors = {std::vector<Vector3>(8, Vector3(1, 0, 0)),
+                                                         {Vector3(0, 0, 1)}};
+             return IntrinsicColor::TuneColorFromMultiFrame({&cloud, &grid}, colors,
+                                                            {Vector3(0, 0, 3), Vector3(3, 0, 0)});
+         }},
+        {"IntrinsicColor::TuneTextureImageByVertexColor",
+         [&] {
+             return IntrinsicColor::TuneTextureImageByVertexColor(
+                 &cube, corners, std::vector<Vector3>(8, Vector3(0.1, 0.2, 0.3)), 4, 2, image8);
+         }},
+        {"IntrinsicColor::TuneImageByTriangleColor",
+         [&] {
+             return IntrinsicColor::TuneImageByTriangleColor(
+                 &cube, corners, std::vector<Vector3>(12, Vector3(0.3, 0.2, 0.1)), 2, 4, image8);
+         }},
+        {"IntrinsicColor::TuneImageByPointColor",
+         [&] {
+             return IntrinsicColor::TuneImageByPointColor(
+                 &cloud, std::vector<Vector3>(8, Vector3(1, 1, 0)), vertexUV, 8, 1, image8);
+         }},
+        {"IntrinsicColor::TuneTextureImageColor",
+         [&] {
+             std::vector<std::vector<Color4>> images = {image8, {Color4(1, 2, 3, 4)}};
+             return IntrinsicColor::TuneTextureImageColor(&cube, corners, std::vector<int>(12, 1),
+                                                          {4, 2, 1, 1}, images);
+         }},
+        {"MeasureMesh::ComputeSectionExact",
+         [&] {
+             double length = 0.0;
+             return MeasureMesh::ComputeSectionExact(&cube, Vector3(0.5, 0.5, 0.5),
+                                                     Vector3(0, 0, 1), true, length, nullptr);
+         }},
+        {"MeasureMesh::ComputeSectionApproximate",
+         [&] {
+             double length = 0.0;
+             return MeasureMesh::ComputeSectionApproximate(&cube, facePoints, length, &values);
+         }},
+        {"MeasureMesh::ComputePrincipalCurvature",
+         [&] {
+             return MeasureMesh::ComputePrincipalCurvature(&cube, &reals, nullptr, nullptr,
+                                                           &values);
+         }},
+        {"MeasureMesh::ComputeThickness",
+         [&] { return MeasureMesh::ComputeThickness(&cube, 0.75, &reals); }},
+        {"DetectShape::DetectPrimitive",
+         [&] { return DetectShape::DetectPrimitive(&cloud, 0.01, 0.2, 5, &ints); }},
+        {"DetectShape::SelectPrimitive",
+         [&] { return DetectShape::SelectPrimitive(&cube, 11, 0.01, &ints); }},
+        {"DetectShape::FitCylinder",
+         [&] {
+             Vector3 point, axis;
+             double radius = 0.0;
+             return DetectShape::FitCylinder(polyline2, polyline2, point, axis, radius);
+         }},
+        {"DetectShape::FitCone",
+         [&] {
+             Vector3 apex, axis;
+             double angle = 0.0;
+             return DetectShape::FitCone(polyline2, polyline2, apex, axis, angle);
+         }},
     };
     std::set<std::string> covered;
     int recorded = 0;
@@ -263,9 +322,9 @@ TEST(UnavailableOperations, AnswerMinus8AndReplayFromTheirDumps) {
         ASSERT_LE(files.size(), 1u) << op.name;
         if (files.empty()) continue;
         ++recorded;
-        ExpectReplays(files[0], status, op.name);
+        zoltest::ExpectReplays(files[0], status, op.name);
     }
-    EXPECT_EQ(recorded, 53);
+    EXPECT_EQ(recorded, 72);
     // Every operation the registry lists is called above, except the query tool's (below).
     for (int i = 0; i < static_cast<int>(Unavailable::Count); ++i) {
         const std::string name = UnavailableName(static_cast<Unavailable>(i));
@@ -275,6 +334,7 @@ TEST(UnavailableOperations, AnswerMinus8AndReplayFromTheirDumps) {
 }
 
 TEST(UnavailableOperations, ArgumentChecksLogTheirLineFirst) {
+    const double kNaN = std::numeric_limits<double>::quiet_NaN();
     TriMesh cube = zoltest::MakeUnitCube();
     PointCloud bare;
     std::vector<Vector2> uv(3);
@@ -321,6 +381,29 @@ TEST(UnavailableOperations, ArgumentChecksLogTheirLineFirst) {
                                                          {0, 3}, &cube);
          },
          "Triangulation::ConstrainedDelaunay2D: invalid constrainedEdges"},
+        {[&] {
+             return ConsolidatePointCloud::RemoveOverlap({&bare, nullptr}, 0.1, nullptr);
+         },
+         "ConsolidatePointCloud::RemoveOverlap: pointCloud is NULL: cloudId = 1"},
+        {[&] {
+             std::vector<std::vector<Color4>> images(1, std::vector<Color4>(4));
+             return IntrinsicColor::TuneTextureImageColor(&cube, std::vector<Vector2>(36),
+                                                          std::vector<int>(12, 1), {2, 2}, images);
+         },
+         "TuneTextureImageColor: triangleImageId out of range: triangleId = 0"},
+        {[&] {
+             double length = 0.0;
+             return MeasureMesh::ComputeSectionExact(&cube, Vector3(), Vector3(0, kNaN, 1), false,
+                                                     length, nullptr);
+         },
+         "MeasureMesh::ComputeSectionExact: invalid planeNormal"},
+        {[&] {
+             Vector3 apex, axis;
+             double angle = 0.0;
+             return DetectShape::FitCone({Vector3(), Vector3(), Vector3()},
+                                         {Vector3(), Vector3(), Vector3()}, apex, axis, angle);
+         },
+         "DetectShape::FitCone: points.size() != normals.size() || points.size() < 4"},
     };
     for (const auto& c : cases) {
         zoltest::LogCapture log;
@@ -367,7 +450,7 @@ TEST(MeshQueryToolDump, QueriesOnARealScanRecordTheMeshExactly) {
                           bunny->GetTriangleVertexIdsRef(t)[k]);
             }
         }
-        ExpectReplays(files[0], status, files[0]);
+        zoltest::ExpectReplays(files[0], status, files[0]);
     }
 }
 

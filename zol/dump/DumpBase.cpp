@@ -197,6 +197,22 @@ bool DumpBase::ReadReal(std::istream& in, double& value) {
     return true;
 }
 
+bool DumpBase::SkipEmptyElementLine(std::istream& in) {
+    std::streambuf* sb = in.rdbuf();
+    if (sb == nullptr || !in.good()) return false;
+    using Traits = std::char_traits<char>;
+    const auto skipSpaces = [sb] {
+        Traits::int_type c = sb->sgetc();
+        while (c == ' ' || c == '\t' || c == '\r') c = sb->snextc();
+        return c;
+    };
+    if (skipSpaces() != '\n') return false;
+    sb->sbumpc();
+    if (skipSpaces() != '\n') return false;
+    sb->sbumpc();
+    return true;
+}
+
 bool DumpBase::ReadCount(std::istream& in, int tokensPerItem, int& count) {
     int n = 0;
     if (!ReadInt(in, n) || !Fits(in, n, tokensPerItem)) return false;

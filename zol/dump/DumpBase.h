@@ -108,6 +108,11 @@ public:
     /// Reads one token as a double; "nan" and "inf" are accepted, as a recorded call may
     /// have been given them.
     static bool ReadReal(std::istream& in, double& value);
+    /// After a count line of 0, tells an empty vector from a null one: consumes the rest
+    /// of the count line and, when the next line is empty (the element line of an empty
+    /// vector), that line too.
+    /// \return whether an empty element line followed.
+    static bool SkipEmptyElementLine(std::istream& in);
     /// Reads a count and checks that \p tokensPerItem tokens per item fit in the rest of
     /// the file, so that no hostile count can make a loader reserve more than the file
     /// describes.

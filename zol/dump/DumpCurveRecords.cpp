@@ -1,10 +1,11 @@
-// Run of the curve, mapping and relief dump records: each calls its API again with the
-// loaded members.
+// Run of the curve, mapping, texture-colour and relief dump records: each calls its API
+// again with the loaded members.
 #include <zol/dump/DumpCurveRecords.h>
 
 #include <zol/mesh/DigitalRelief.h>
 #include <zol/mesh/OptimiseCurve.h>
 #include <zol/mesh/OptimiseMapping.h>
+#include <zol/pointcloud/IntrinsicColor.h>
 #include <zol/runtime/Constants.h>
 
 namespace ZOL {
@@ -70,7 +71,10 @@ int DumpOptimiseMappingInterpolateFaceImageColorIds::Run() {
 
 // Texture colour tuning belongs to IntrinsicColor, whose remaining members are declared
 // later; the record answers as the operation will until then.
-int DumpTuneTextureImageColor::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+int DumpTuneTextureImageColor::Run() {
+    return Finish(IntrinsicColor::TuneTextureImageColor(Field<0>().get(), Field<1>(), Field<2>(),
+                                                        Field<3>(), Field<4>()));
+}
 
 int DumpDigitalReliefCompressHeightField::Run() {
     std::vector<double> compressed;

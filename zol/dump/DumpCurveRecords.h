@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include <zol/core/Color4.h>
 #include <zol/core/ImageColorId.h>
 #include <zol/core/PointOnFace.h>
 #include <zol/core/Vector2.h>
@@ -78,9 +79,14 @@ ZOL_DUMP_RECORD(OptimiseMappingInterpolateFaceImageColorIds,
                 dumpfield::Vec<ImageColorId>,
                 dumpfield::Value<int>);
 
-/// Records the texture colour tuning of IntrinsicColor. The operation is declared later; until then
-/// the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(TuneTextureImageColor);
+/// Records IntrinsicColor::TuneTextureImageColor: the mesh, the corner texture
+/// coordinates, the triangle images, the image sizes and the images.
+ZOL_DUMP_RECORD(TuneTextureImageColor,
+                dumpfield::Mesh,
+                dumpfield::Vec<Vector2>,
+                dumpfield::Vec<int>,
+                dumpfield::Vec<int>,
+                dumpfield::Nested<Color4>);
 
 /// Records DigitalRelief::CompressHeightField.
 ZOL_DUMP_RECORD(DigitalReliefCompressHeightField,

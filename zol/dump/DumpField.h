@@ -7,6 +7,7 @@
 #include <fstream>
 #include <istream>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <type_traits>
 #include <vector>
@@ -286,11 +287,13 @@ struct ZOL_API Vec {
     }
 };
 
-/// An optional vector passed by pointer: null is written as the count line 0 alone.
+/// An optional vector passed by pointer: null is written as the count line 0 alone, an
+/// empty vector as the count line 0 and its empty element line, so that a call given an
+/// empty selection (which many operations refuse) replays as such. Loads as an optional.
 template <typename T>
 struct ZOL_API OptVec {
     using Arg = const std::vector<T>*;
-    using Member = std::vector<T>;
+    using Member = std::optional<std::vector<T>>;
     static constexpr bool kInline = false;
     static void Write(DumpBase& base, std::ofstream& out, Arg v) {
         if (v == nullptr) {
@@ -300,7 +303,52 @@ struct ZOL_API OptVec {
         }
     }
     static bool Read(DumpBase& base, std::ifstream& in, Member& v) {
-        return Vec<T>::Read(base, in, v);
+        std::vector<T> values;
+        if (!Vec<T>::Read(base, in, values)) return false;
+        if (values.empty() && !DumpBase::SkipEmptyElementLine(in)) {
+            v.reset();
+        } else {
+            v = std::move(values);
+        }
+        return true;
+    }
+};
+
+/// An optional value passed by pointer: the count line 0 for null, else 1 and the value
+/// on the next line (the layout of a vector of one element).
+template <typename T>
+struct ZOL_API OptValue {
+    using Arg = const T*;
+    using Member = std::optional<T>;
+    static constexpr bool kInline = false;
+    static void Write(DumpBase&, std::ofstream& out, Arg v) {
+        if (v == nullptr) {
+            out << 0 << '\n';
+        } else {
+            WriteDumpVector(out, std::vector<T>(1, *v));
+        }
+    }
+    static bool Read(DumpBase&, std::ifstream& in, Member& v) {
+        std::vector<T> values;
+        if (ReadDumpVector(in, values) != DUMP_LOAD_OK || values.size() > 1) return false;
+        if (values.empty()) {
+            v.reset();
+        } else {
+            v = values[0];
+        }
+        return true;
+    }
+};
+
+/// Whether the call gave an optional output (any pointer), as 0 or 1 on the current line:
+/// the replay then passes an output of its own or null, as the call did.
+struct ZOL_API Given {
+    using Arg = const void*;
+    using Member = bool;
+    static constexpr bool kInline = true;
+    static void Write(DumpBase&, std::ofstream& out, Arg p) { out << (p != nullptr ? 1 : 0); }
+    static bool Read(DumpBase&, std::ifstream& in, Member& given) {
+        return DumpText<bool>::Read(in, given);
     }
 };
 

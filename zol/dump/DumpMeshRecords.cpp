@@ -6,6 +6,7 @@
 #include <zol/mesh/DeformMesh.h>
 #include <zol/mesh/FillMeshHole.h>
 #include <zol/mesh/FilterMesh.h>
+#include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
 #include <zol/mesh/OffsetMesh.h>
 #include <zol/mesh/Remesh.h>
@@ -16,6 +17,7 @@
 #include <zol/mesh/TextureImage.h>
 #include <zol/mesh/Triangulation.h>
 #include <zol/mesh/UnfoldMesh.h>
+#include <zol/pointcloud/IntrinsicColor.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
 
@@ -32,6 +34,11 @@ int DumpMeshConsolidationGeometry::Run() {
 int DumpFindMeshHole::Run() {
     std::vector<std::vector<int>> holes;
     return Finish(FillMeshHole::FindHoles(Field<0>().get(), &holes));
+}
+
+const std::vector<int>& DumpFillMeshHole::GetBoundarySeedIds() const {
+    static const std::vector<int> kNone;
+    return Field<1>() ? *Field<1>() : kNone;
 }
 
 int DumpFillMeshHole::Run() {
@@ -163,13 +170,22 @@ int DumpTriangulationCentroidVoronoiOptimization::Run() {
                                                              OptionalField<2>()));
 }
 
-// Colour tuning of mesh patches, curvature and thickness belong to classes whose remaining
-// members are declared later; their records answer as the operations will until then.
-int DumpTuneMeshColorFromMultiPatch::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+int DumpTuneMeshColorFromMultiPatch::Run() {
+    return Finish(
+        IntrinsicColor::TuneMeshColorFromMultiPatch(Field<0>().get(), Field<1>(), Field<2>()));
+}
 
-int DumpMeshMeasurePrincipalCurvature::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+int DumpMeshMeasurePrincipalCurvature::Run() {
+    std::vector<double> minCurvature, maxCurvature;
+    std::vector<Vector3> minDirections, maxDirections;
+    return Finish(MeasureMesh::ComputePrincipalCurvature(
+        Field<0>().get(), &minCurvature, &maxCurvature, &minDirections, &maxDirections));
+}
 
-int DumpMeshMeasureThickness::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+int DumpMeshMeasureThickness::Run() {
+    std::vector<double> thickness;
+    return Finish(MeasureMesh::ComputeThickness(Field<0>().get(), Field<1>(), &thickness));
+}
 
 int DumpDeformMeshInit::Run() {
     DeformMesh deform;
@@ -276,7 +292,17 @@ bool DumpMeshMeasureSectionExact::AcceptsApiName(int value) {
            value == API_MeshMeasureSectionExactFacePoints;
 }
 
-int DumpMeshMeasureSectionExact::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+// A file of section points replays the face-point form, any other the plane form.
+int DumpMeshMeasureSectionExact::Run() {
+    double length = 0.0;
+    std::vector<Vector3> curve;
+    if (!Field<4>().empty()) {
+        return Finish(
+            MeasureMesh::ComputeSectionExact(Field<0>().get(), Field<4>(), length, &curve));
+    }
+    return Finish(MeasureMesh::ComputeSectionExact(Field<0>().get(), Field<1>(), Field<2>(),
+                                                   Field<3>(), length, &curve));
+}
 
 void DumpMeshMeasureSectionApproximate::DumpApiInfo(const ITriMesh* triMesh,
                                                     const Vector3& planePoint,
@@ -292,6 +318,15 @@ void DumpMeshMeasureSectionApproximate::DumpApiInfo(const ITriMesh* triMesh,
                   triMesh, Vector3(), Vector3(), false, sectionPoints);
 }
 
-int DumpMeshMeasureSectionApproximate::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+int DumpMeshMeasureSectionApproximate::Run() {
+    double length = 0.0;
+    std::vector<Vector3> curve;
+    if (!Field<4>().empty()) {
+        return Finish(
+            MeasureMesh::ComputeSectionApproximate(Field<0>().get(), Field<4>(), length, &curve));
+    }
+    return Finish(MeasureMesh::ComputeSectionApproximate(Field<0>().get(), Field<1>(), Field<2>(),
+                                                         Field<3>(), length, &curve));
+}
 
 }  // namespace ZOL

@@ -140,17 +140,18 @@ ZOL_DUMP_RECORD(TriangulationCentroidVoronoiOptimization,
                 dumpfield::Value<int>,
                 dumpfield::OptVec<int>);
 
-/// Records IntrinsicColor multi-patch mesh colour tuning; the operation is not declared yet, so the
-/// record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(TuneMeshColorFromMultiPatch);
+/// Records IntrinsicColor::TuneMeshColorFromMultiPatch: the mesh, the vertex patches and
+/// the vertex colours.
+ZOL_DUMP_RECORD(TuneMeshColorFromMultiPatch,
+                dumpfield::Mesh,
+                dumpfield::Vec<int>,
+                dumpfield::Vec<Vector3>);
 
-/// Records MeasureMesh principal curvature; the operation is not declared yet, so the record holds
-/// no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(MeshMeasurePrincipalCurvature);
+/// Records MeasureMesh::ComputePrincipalCurvature: the mesh.
+ZOL_DUMP_RECORD(MeshMeasurePrincipalCurvature, dumpfield::Mesh);
 
-/// Records MeasureMesh thickness; the operation is not declared yet, so the record holds
-/// no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(MeshMeasureThickness);
+/// Records MeasureMesh::ComputeThickness: the mesh and the thickness cap.
+ZOL_DUMP_RECORD(MeshMeasureThickness, dumpfield::Mesh, dumpfield::Value<double>);
 
 /// Records DeformMesh::Init.
 ZOL_DUMP_RECORD(DeformMeshInit, dumpfield::Mesh, dumpfield::Vec<int>, dumpfield::Vec<int>);
@@ -175,7 +176,7 @@ class ZOL_API DumpFillMeshHole final : public DumpRecord<DumpFillMeshHole,
                                                          dumpfield::OptVec<double>> {
 public:
     /// \return the loaded boundary seed ids (empty when the call gave null).
-    const std::vector<int>& GetBoundarySeedIds() const { return Field<1>(); }
+    const std::vector<int>& GetBoundarySeedIds() const;
     int Run() override;
 };
 
@@ -206,8 +207,8 @@ public:
 /// Records the exact section measurements of MeasureMesh: by a plane (value 12), by a
 /// plane measured along the section's convex hull (17), or through points on faces (41).
 /// Plane sections write under "_Mesh_Measure_Section_Exact_", face-point sections under
-/// "_Mesh_Measure_Section_Pof_Exact_". The operations are not declared yet; until then Run
-/// answers RESULT_NOT_AVAILABLE.
+/// "_Mesh_Measure_Section_Pof_Exact_" (MeasureMesh::ComputeSectionExact). Run repeats the
+/// call the record holds.
 class ZOL_API DumpMeshMeasureSectionExact final : public DumpRecord<DumpMeshMeasureSectionExact,
                                                                     dumpfield::Mesh,
                                                                     dumpfield::Value<Vector3>,
@@ -232,8 +233,8 @@ public:
 
 /// Records the approximate section measurements of MeasureMesh (value 40), by a plane
 /// ("_Mesh_Measure_Section_Approximate_") or through points on faces
-/// ("_Mesh_Measure_Section_Pof_Approximate_"). The operations are not declared yet; until
-/// then Run answers RESULT_NOT_AVAILABLE.
+/// ("_Mesh_Measure_Section_Pof_Approximate_") (MeasureMesh::ComputeSectionApproximate). Run
+/// repeats the call the record holds.
 class ZOL_API DumpMeshMeasureSectionApproximate final
     : public DumpRecord<DumpMeshMeasureSectionApproximate,
                         dumpfield::Mesh,

@@ -1,14 +1,20 @@
-// Run of the point-cloud dump records: each calls its API again with the loaded members.
-// Records of operations that are declared later answer RESULT_NOT_AVAILABLE until then.
+// Run of the point-cloud dump records of operations this library declares without
+// providing, and of the registration records, which answer RESULT_NOT_AVAILABLE until
+// their operations land. Consolidation, sampling, fusion and colour tuning run elsewhere.
 #include <zol/dump/DumpPointRecords.h>
 
 #include <zol/mesh/Triangulation.h>
+#include <zol/pointcloud/ConsolidatePointCloud.h>
 #include <zol/pointcloud/DeformPointList.h>
 #include <zol/pointcloud/FitPointCloud.h>
+#include <zol/pointcloud/IntrinsicColor.h>
+#include <zol/pointcloud/MeasurePointCloud.h>
 #include <zol/pointcloud/ReconstructMesh.h>
+#include <zol/pointcloud/SamplePointCloud.h>
 #include <zol/pointcloud/SignedDistanceFunction.h>
 #include <zol/pointcloud/SumPointCloud.h>
 #include <zol/runtime/Constants.h>
+#include <zol/shape/DetectShape.h>
 
 namespace ZOL {
 
@@ -52,68 +58,95 @@ int DumpDeformPointListDeform::Run() {
     return Finish(DeformPointList::Deform(Field<0>().get(), Field<1>(), Field<2>(), Field<3>()));
 }
 
-int DumpPointCloudConsolidationNormalSmoothing::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+int DumpPointCloudConsolidationCalculateIsolation::Run() {
+    std::vector<double> isolation;
+    return Finish(
+        ConsolidatePointCloud::CalculateIsolation(Field<0>().get(), Field<1>(), &isolation));
+}
 
-int DumpPointCloudConsolidationNormalCalculation::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+int DumpPointCloudConsolidationCalculateUniformity::Run() {
+    std::vector<double> uniformity;
+    return Finish(
+        ConsolidatePointCloud::CalculateUniformity(Field<0>().get(), Field<1>(), &uniformity));
+}
 
-int DumpPointCloudConsolidationSmoothByNormal::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+int DumpPointCloudConsolidationCalculateOutlier::Run() {
+    std::vector<double> outlierValues;
+    return Finish(
+        ConsolidatePointCloud::CalculateOutlier(Field<0>().get(), Field<1>(), &outlierValues));
+}
 
-int DumpPointCloudConsolidationCalculateIsolation::Run() { return Finish(RESULT_NOT_AVAILABLE); }
+int DumpPointCloudConsolidationRawScanData::Run() {
+    std::vector<int> removeIndex;
+    return Finish(ConsolidatePointCloud::ConsolidateRawScanData(Field<0>().get(), Field<1>(),
+                                                                Field<2>(), &removeIndex));
+}
 
+int DumpPointCloudConsolidationRemoveOverlap::Run() {
+    std::vector<IPointCloud*> clouds;
+    for (const auto& cloud : Field<0>()) clouds.push_back(cloud.get());
+    std::vector<std::vector<int>> removeIndexList;
+    return Finish(ConsolidatePointCloud::RemoveOverlap(clouds, Field<1>(), &removeIndexList));
+}
+
+int DumpPointCloudSimplify::Run() {
+    std::vector<int> sampleIndex;
+    double interval = 0.0;
+    return Finish(
+        SamplePointCloud::Simplify(Field<0>().get(), Field<1>(), &sampleIndex, &interval));
+}
+
+int DumpPointCloudMeasureOneSideDistance::Run() {
+    std::vector<double> distances;
+    return Finish(
+        MeasurePointCloud::ComputeOneSideDistance(Field<0>().get(), Field<1>().get(), &distances));
+}
+
+int DumpTuneColorFromMultiFrame::Run() {
+    std::vector<IPointCloud*> clouds;
+    for (const auto& cloud : Field<0>()) clouds.push_back(cloud.get());
+    return Finish(IntrinsicColor::TuneColorFromMultiFrame(clouds, Field<1>(), Field<2>()));
+}
+
+int DumpTuneTextureImageByVertexColor::Run() {
+    return Finish(IntrinsicColor::TuneTextureImageByVertexColor(
+        Field<0>().get(), Field<1>(), Field<2>(), Field<3>(), Field<4>(), Field<5>()));
+}
+
+int DumpTuneImageByTriangleColor::Run() {
+    return Finish(IntrinsicColor::TuneImageByTriangleColor(Field<0>().get(), Field<1>(), Field<2>(),
+                                                           Field<3>(), Field<4>(), Field<5>()));
+}
+
+int DumpTuneImageByPointColor::Run() {
+    return Finish(IntrinsicColor::TuneImageByPointColor(Field<0>().get(), Field<1>(), Field<2>(),
+                                                        Field<3>(), Field<4>(), Field<5>()));
+}
+
+int DumpDetectShapeDetectPrimitive::Run() {
+    std::vector<int> primitiveIds;
+    return Finish(DetectShape::DetectPrimitive(Field<0>().get(), Field<1>(), Field<2>(), Field<3>(),
+                                               &primitiveIds));
+}
+
+int DumpDetectShapeSelectPrimitive::Run() {
+    std::vector<int> faceIds;
+    return Finish(DetectShape::SelectPrimitive(Field<0>().get(), Field<1>(), Field<2>(), &faceIds));
+}
+
+// Registration records keep their value and tag until their operations land.
 int DumpPointCloudRegistrationAlignPointPair::Run() { return Finish(RESULT_NOT_AVAILABLE); }
 
 int DumpPointCloudRegistrationICP::Run() { return Finish(RESULT_NOT_AVAILABLE); }
 
 int DumpPointCloudRegistrationAlignPointCloud::Run() { return Finish(RESULT_NOT_AVAILABLE); }
 
-int DumpPointCloudSamplingUniform::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
 int DumpPointCloudRegistrationAlignPointCloudByMark::Run() { return Finish(RESULT_NOT_AVAILABLE); }
 
-int DumpPointCloudMeasureOneSideDistance::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudConsolidationCalculateUniformity::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudConsolidationRawScanData::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
 int DumpPointCloudRegistrationGlobal::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpFusePointCloudUpdate::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpFusePointCloudExtract::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudConsolidationNormalReversing::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpTuneColorFromSingleLight::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudSamplingGeometry::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudConsolidationGeometrySmoothing::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpTuneTextureImageByVertexColor::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpTuneColorFromMultiFrame::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudSimplify::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudConsolidationCalculateOutlier::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpTuneImageByTriangleColor::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpTuneImageByPointColor::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudSamplingGrid::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudConsolidationRemoveOverlap::Run() { return Finish(RESULT_NOT_AVAILABLE); }
 
 int DumpNonRigidICP::Run() { return Finish(RESULT_NOT_AVAILABLE); }
 
 int DumpNonRigidGlobalRegistrate::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudConsolidationNormalOrient::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpDetectShapeDetectPrimitive::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpDetectShapeSelectPrimitive::Run() { return Finish(RESULT_NOT_AVAILABLE); }
 
 }  // namespace ZOL

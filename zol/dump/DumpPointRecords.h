@@ -2,32 +2,50 @@
 // values 101 to 141), one class per recorded API, fields in the API's parameter order.
 #pragma once
 
+#include <memory>
 #include <vector>
 
+#include <zol/core/Color4.h>
 #include <zol/core/ImageColorId.h>
 #include <zol/core/PointOnFace.h>
 #include <zol/core/Vector2.h>
 #include <zol/core/Vector3.h>
+#include <zol/dump/DumpPointFields.h>
 #include <zol/dump/DumpRecord.h>
+#include <zol/pointcloud/FusePointCloud.h>
 #include <zol/runtime/Export.h>
 
 namespace ZOL {
 
-/// Records the normal smoothing of ConsolidatePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationNormalSmoothing);
+/// Records ConsolidatePointCloud::SmoothNormal (written by _SmoothNormal): the cloud, the
+/// normal weight, the neighbour count and the fixed points. Run smooths the loaded cloud
+/// (GetPointCloud(0)) in a neighbour context of its own.
+ZOL_DUMP_RECORD(PointCloudConsolidationNormalSmoothing,
+                dumpfield::Cloud,
+                dumpfield::Value<double>,
+                dumpfield::Value<int>,
+                dumpfield::OptVec<int>);
 
-/// Records the normal calculation of ConsolidatePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationNormalCalculation);
+/// Records ConsolidatePointCloud::CalculatePointCloudNormal: the cloud with its grid, the
+/// neighbour count and the camera direction. Run estimates the normals of the loaded cloud
+/// (GetPointCloud(0)).
+ZOL_DUMP_RECORD(PointCloudConsolidationNormalCalculation,
+                dumpfield::GridCloud,
+                dumpfield::Value<int>,
+                dumpfield::OptValue<Vector3>);
 
-/// Records the smoothing of geometry by normals of ConsolidatePointCloud. The operation is declared
-/// later; until then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationSmoothByNormal);
+/// Records ConsolidatePointCloud::_SmoothGeometryByNormal: the cloud, the neighbour count,
+/// the sharp angle, the iteration count and the selection (the caller's neighbour context
+/// is not recorded; Run builds one). Run smooths the loaded cloud (GetPointCloud(0)).
+ZOL_DUMP_RECORD(PointCloudConsolidationSmoothByNormal,
+                dumpfield::Cloud,
+                dumpfield::Value<int>,
+                dumpfield::Value<double>,
+                dumpfield::Value<int>,
+                dumpfield::OptVec<int>);
 
-/// Records the isolation measure of ConsolidatePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationCalculateIsolation);
+/// Records ConsolidatePointCloud::CalculateIsolation: the cloud and the neighbour count.
+ZOL_DUMP_RECORD(PointCloudConsolidationCalculateIsolation, dumpfield::Cloud, dumpfield::Value<int>);
 
 /// Records ReconstructMesh::Reconstruct.
 ZOL_DUMP_RECORD(PointCloudReconstructMesh, dumpfield::Cloud, dumpfield::Value<int>);
@@ -44,42 +62,105 @@ ZOL_DUMP_RECORD_PENDING(PointCloudRegistrationICP);
 /// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
 ZOL_DUMP_RECORD_PENDING(PointCloudRegistrationAlignPointCloud);
 
-/// Records the uniform sampling of SamplePointCloud. The operation is declared later; until then
-/// the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudSamplingUniform);
+/// Records SamplePointCloud::UniformSample: the cloud, the sample count, whether an output
+/// array was given, the seed and the quality. Run samples into an array of its own
+/// (GetSampleIndex) and gives the sampled points as GetPointCloud(0).
+class ZOL_API DumpPointCloudSamplingUniform final : public DumpRecord<DumpPointCloudSamplingUniform,
+                                                                      dumpfield::Cloud,
+                                                                      dumpfield::Value<int>,
+                                                                      dumpfield::Given,
+                                                                      dumpfield::Value<int>,
+                                                                      dumpfield::Value<int>> {
+public:
+    /// \return the indices the last Run produced (empty before Run or after a failure).
+    const std::vector<int>& GetSampleIndex() const { return mSampleIndex; }
+    int Run() override;
+
+private:
+    std::vector<int> mSampleIndex;
+};
 
 /// Records the alignment by marks of RegistratePointCloud. The operation is declared later; until
 /// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
 ZOL_DUMP_RECORD_PENDING(PointCloudRegistrationAlignPointCloudByMark);
 
-/// Records the one-side distance between point clouds. The operation is declared later; until then
-/// the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudMeasureOneSideDistance);
+/// Records MeasurePointCloud::ComputeOneSideDistance: the measured cloud and the reference.
+ZOL_DUMP_RECORD(PointCloudMeasureOneSideDistance, dumpfield::Cloud, dumpfield::Cloud);
 
-/// Records the uniformity measure of ConsolidatePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationCalculateUniformity);
+/// Records ConsolidatePointCloud::CalculateUniformity: the cloud and the neighbour count.
+ZOL_DUMP_RECORD(PointCloudConsolidationCalculateUniformity,
+                dumpfield::Cloud,
+                dumpfield::Value<int>);
 
-/// Records the raw-scan consolidation of ConsolidatePointCloud. The operation is declared later;
-/// until then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationRawScanData);
+/// Records ConsolidatePointCloud::ConsolidateRawScanData: the scan, the neighbour count and
+/// the grazing angle.
+ZOL_DUMP_RECORD(PointCloudConsolidationRawScanData,
+                dumpfield::Cloud,
+                dumpfield::Value<int>,
+                dumpfield::Value<double>);
 
 /// Records the global registration of RegistratePointCloud. The operation is declared later; until
 /// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
 ZOL_DUMP_RECORD_PENDING(PointCloudRegistrationGlobal);
 
-/// Records FusePointCloud::UpdateFuseFunction. The operation is declared later; until then the
-/// record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(FusePointCloudUpdate);
+/// Records FusePointCloud::UpdateFuseFunction with the object it updates: the grid (the
+/// three resolutions, box minimum and maximum, whether normals are fused) on one line, the
+/// fused state before the call, then the cloud, the transform and the attributes. Run
+/// restores the fusion, repeats the update and gives the fusion's extraction after it as
+/// GetPointCloud(0); without a state it notes "DumpFusePointCloudUpdate::Run: fuse is
+/// NULL" and updates a fusion without a grid, as the call did.
+class ZOL_API DumpFusePointCloudUpdate final : public DumpRecord<DumpFusePointCloudUpdate,
+                                                                 dumpfield::Value<int>,
+                                                                 dumpfield::Value<int>,
+                                                                 dumpfield::Value<int>,
+                                                                 dumpfield::Value<Vector3>,
+                                                                 dumpfield::Value<Vector3>,
+                                                                 dumpfield::Value<bool>,
+                                                                 dumpfield::FuseState,
+                                                                 dumpfield::Cloud,
+                                                                 dumpfield::OptMatrix,
+                                                                 dumpfield::OptVec<double>> {
+public:
+    /// \return the fusion Run updates: the loaded state, or the fusion without a grid that
+    ///         the last Run made when the file held none; owned by the record.
+    const FusePointCloud* GetFusePointCloud() const;
+    /// \return the attributes extracted with GetPointCloud(0).
+    const std::vector<double>& GetPointAttributes() const { return mAttributes; }
+    int Run() override;
 
-/// Records FusePointCloud::ExtractPointCloud. The operation is declared later; until then the
-/// record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(FusePointCloudExtract);
+private:
+    std::unique_ptr<FusePointCloud> mFuse;
+    std::vector<double> mAttributes;
+};
 
-/// Records the normal reversal of ConsolidatePointCloud (it writes under the tag of
-/// normal calculation on purpose). The operation is declared later; until then the record holds no
-/// fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationNormalReversing);
+/// Records FusePointCloud::ExtractPointCloud with the object it reads: the grid line and
+/// the fused state as for the update, then the target cloud (null, or its points when it
+/// was not blank) and whether attributes were asked for. Run extracts into the loaded
+/// target (GetPointCloud(0)); without a state it notes "DumpFusePointCloudExtract::Run:
+/// fuse is NULL" and extracts from a fusion without a grid, as the call did.
+class ZOL_API DumpFusePointCloudExtract final : public DumpRecord<DumpFusePointCloudExtract,
+                                                                  dumpfield::Value<int>,
+                                                                  dumpfield::Value<int>,
+                                                                  dumpfield::Value<int>,
+                                                                  dumpfield::Value<Vector3>,
+                                                                  dumpfield::Value<Vector3>,
+                                                                  dumpfield::Value<bool>,
+                                                                  dumpfield::FuseState,
+                                                                  dumpfield::Cloud,
+                                                                  dumpfield::Given> {
+public:
+    /// \return the attributes the last Run extracted.
+    const std::vector<double>& GetPointAttributes() const { return mAttributes; }
+    int Run() override;
+
+private:
+    std::vector<double> mAttributes;
+};
+
+/// Records ConsolidatePointCloud::ReversePointCloudNormal (it writes under the tag of
+/// normal calculation on purpose). Run reverses the loaded cloud's normals
+/// (GetPointCloud(0)).
+ZOL_DUMP_RECORD(PointCloudConsolidationNormalReversing, dumpfield::Cloud);
 
 /// Records SumPointCloud::UpdateSumFunction with the sum's box: resolution, box minimum and
 /// maximum, the cloud and the transform.
@@ -97,13 +178,52 @@ ZOL_DUMP_RECORD(SumPointCloudExtract,
                 dumpfield::Value<Vector3>,
                 dumpfield::Value<Vector3>);
 
-/// Records IntrinsicColor::TuneColorFromSingleLight. The operation is declared later; until then
-/// the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(TuneColorFromSingleLight);
+/// Records IntrinsicColor::TuneColorFromSingleLight: the clouds, their colour lists, the
+/// flag, the point density and whether the two optional outputs were given. Run tunes the
+/// loaded colour lists in place (GetColorList) with outputs of its own where the call gave
+/// them.
+class ZOL_API DumpTuneColorFromSingleLight final : public DumpRecord<DumpTuneColorFromSingleLight,
+                                                                     dumpfield::CloudList,
+                                                                     dumpfield::Nested<Vector3>,
+                                                                     dumpfield::Value<bool>,
+                                                                     dumpfield::OptValue<double>,
+                                                                     dumpfield::Given,
+                                                                     dumpfield::Given> {
+public:
+    /// \return the colour lists: as loaded, and tuned after a successful Run.
+    const std::vector<std::vector<Vector3>>& GetColorList() const { return Field<1>(); }
+    /// \return the colour gains of the last Run (empty when the call gave no output).
+    const std::vector<Vector3>& GetColorGains() const { return mColorGains; }
+    /// \return the overlap errors of the last Run (empty when the call gave no output).
+    const std::vector<double>& GetOverlapErrors() const { return mOverlapErrors; }
+    int Run() override;
 
-/// Records the geometry sampling of SamplePointCloud. The operation is declared later; until then
-/// the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudSamplingGeometry);
+private:
+    std::vector<Vector3> mColorGains;
+    std::vector<double> mOverlapErrors;
+};
+
+/// Records SamplePointCloud::GeometrySample: the cloud, the sample count, whether an output
+/// array was given, the uniform weight, the neighbour count, the seed and the quality. Run
+/// samples into an array of its own (GetSampleIndex) and gives the sampled points as
+/// GetPointCloud(0).
+class ZOL_API DumpPointCloudSamplingGeometry final
+    : public DumpRecord<DumpPointCloudSamplingGeometry,
+                        dumpfield::Cloud,
+                        dumpfield::Value<int>,
+                        dumpfield::Given,
+                        dumpfield::Value<double>,
+                        dumpfield::Value<int>,
+                        dumpfield::Value<int>,
+                        dumpfield::Value<int>> {
+public:
+    /// \return the indices the last Run produced (empty before Run or after a failure).
+    const std::vector<int>& GetSampleIndex() const { return mSampleIndex; }
+    int Run() override;
+
+private:
+    std::vector<int> mSampleIndex;
+};
 
 /// Records FitPointCloud::FitUniform.
 ZOL_DUMP_RECORD(FitPointCloudUniform, dumpfield::Cloud, dumpfield::Value<double>);
@@ -124,44 +244,77 @@ ZOL_DUMP_RECORD(SignedDistanceFunctionExtract,
                 dumpfield::Value<Vector3>,
                 dumpfield::Value<Vector3>);
 
-/// Records the geometry smoothing of ConsolidatePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationGeometrySmoothing);
+/// Records ConsolidatePointCloud::SmoothGeometry: the cloud, the neighbour count, the
+/// iteration count and the selection. Run smooths the loaded cloud (GetPointCloud(0)).
+ZOL_DUMP_RECORD(PointCloudConsolidationGeometrySmoothing,
+                dumpfield::Cloud,
+                dumpfield::Value<int>,
+                dumpfield::Value<int>,
+                dumpfield::OptVec<int>);
 
-/// Records the texture tuning by vertex colour of IntrinsicColor. The operation is declared later;
-/// until then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(TuneTextureImageByVertexColor);
+/// Records IntrinsicColor::TuneTextureImageByVertexColor: the mesh, the corner texture
+/// coordinates, the vertex colours, the image size and the image.
+ZOL_DUMP_RECORD(TuneTextureImageByVertexColor,
+                dumpfield::Mesh,
+                dumpfield::Vec<Vector2>,
+                dumpfield::Vec<Vector3>,
+                dumpfield::Value<int>,
+                dumpfield::Value<int>,
+                dumpfield::Vec<Color4>);
 
-/// Records the multi-frame colour tuning of IntrinsicColor. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(TuneColorFromMultiFrame);
+/// Records IntrinsicColor::TuneColorFromMultiFrame: the frames, their colour lists and the
+/// camera positions.
+ZOL_DUMP_RECORD(TuneColorFromMultiFrame,
+                dumpfield::CloudList,
+                dumpfield::Nested<Vector3>,
+                dumpfield::Vec<Vector3>);
 
-/// Records the simplification of SamplePointCloud. The operation is declared later; until then the
-/// record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudSimplify);
+/// Records SamplePointCloud::Simplify: the cloud and the target count.
+ZOL_DUMP_RECORD(PointCloudSimplify, dumpfield::Cloud, dumpfield::Value<int>);
 
-/// Records the outlier measure of ConsolidatePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationCalculateOutlier);
+/// Records ConsolidatePointCloud::CalculateOutlier: the cloud and the neighbour count.
+ZOL_DUMP_RECORD(PointCloudConsolidationCalculateOutlier, dumpfield::Cloud, dumpfield::Value<int>);
 
 /// Records Triangulation::ConstrainedDelaunay2D.
 ZOL_DUMP_RECORD(TriangulationConstrainedDelaunay2D, dumpfield::Vec<Vector2>, dumpfield::Vec<int>);
 
-/// Records the image tuning by triangle colour of IntrinsicColor. The operation is declared later;
-/// until then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(TuneImageByTriangleColor);
+/// Records IntrinsicColor::TuneImageByTriangleColor: the mesh, the corner texture
+/// coordinates, the triangle colours, the image size and the image.
+ZOL_DUMP_RECORD(TuneImageByTriangleColor,
+                dumpfield::Mesh,
+                dumpfield::Vec<Vector2>,
+                dumpfield::Vec<Vector3>,
+                dumpfield::Value<int>,
+                dumpfield::Value<int>,
+                dumpfield::Vec<Color4>);
 
-/// Records the image tuning by point colour of IntrinsicColor. The operation is declared later;
-/// until then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(TuneImageByPointColor);
+/// Records IntrinsicColor::TuneImageByPointColor: the cloud, the point colours, their image
+/// positions, the image size and the image.
+ZOL_DUMP_RECORD(TuneImageByPointColor,
+                dumpfield::Cloud,
+                dumpfield::Vec<Vector3>,
+                dumpfield::Vec<Vector2>,
+                dumpfield::Value<int>,
+                dumpfield::Value<int>,
+                dumpfield::Vec<Color4>);
 
-/// Records the grid sampling of SamplePointCloud. The operation is declared later; until then the
-/// record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudSamplingGrid);
+/// Records SamplePointCloud::GridSample: the cloud and the interval. Run samples into a
+/// vector of its own (GetSampleIndex) and gives the sampled points as GetPointCloud(0).
+class ZOL_API DumpPointCloudSamplingGrid final
+    : public DumpRecord<DumpPointCloudSamplingGrid, dumpfield::Cloud, dumpfield::Value<double>> {
+public:
+    /// \return the indices the last Run produced (empty before Run or after a failure).
+    const std::vector<int>& GetSampleIndex() const { return mSampleIndex; }
+    int Run() override;
 
-/// Records the overlap removal of ConsolidatePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationRemoveOverlap);
+private:
+    std::vector<int> mSampleIndex;
+};
+
+/// Records ConsolidatePointCloud::RemoveOverlap: the scans and the overlap distance.
+ZOL_DUMP_RECORD(PointCloudConsolidationRemoveOverlap,
+                dumpfield::CloudList,
+                dumpfield::Value<double>);
 
 /// Records the non-rigid ICP of RegistratePointCloud. The operation is declared later; until then
 /// the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
@@ -178,16 +331,26 @@ ZOL_DUMP_RECORD(DeformPointListDeform,
                 dumpfield::Vec<Vector3>,
                 dumpfield::Value<double>);
 
-/// Records the normal orientation of ConsolidatePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudConsolidationNormalOrient);
+/// Records ConsolidatePointCloud::OrientPointCloudNormal: the cloud with its grid, the
+/// neighbour count and the camera direction. Run orients the loaded cloud's normals
+/// (GetPointCloud(0)).
+ZOL_DUMP_RECORD(PointCloudConsolidationNormalOrient,
+                dumpfield::GridCloud,
+                dumpfield::Value<int>,
+                dumpfield::OptValue<Vector3>);
 
-/// Records the primitive detection of DetectShape. The operation is declared later; until then the
-/// record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(DetectShapeDetectPrimitive);
+/// Records DetectShape::DetectPrimitive: the cloud, the distance and angle tolerances and
+/// the smallest primitive.
+ZOL_DUMP_RECORD(DetectShapeDetectPrimitive,
+                dumpfield::Cloud,
+                dumpfield::Value<double>,
+                dumpfield::Value<double>,
+                dumpfield::Value<int>);
 
-/// Records the primitive selection of DetectShape. The operation is declared later; until then the
-/// record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(DetectShapeSelectPrimitive);
+/// Records DetectShape::SelectPrimitive: the mesh, the seed triangle and the tolerance.
+ZOL_DUMP_RECORD(DetectShapeSelectPrimitive,
+                dumpfield::Mesh,
+                dumpfield::Value<int>,
+                dumpfield::Value<double>);
 
 }  // namespace ZOL

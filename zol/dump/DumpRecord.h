@@ -74,12 +74,12 @@ protected:
     const auto& Field() const {
         return std::get<I>(mFields);
     }
-    /// The loaded vector of member \p I, or null when it is empty (an optional argument
-    /// given as null was written as an empty vector).
+    /// The loaded value of optional member \p I (OptVec, OptValue), or null when the call
+    /// gave null.
     template <std::size_t I>
     auto* OptionalField() {
         auto& v = std::get<I>(mFields);
-        return v.empty() ? nullptr : &v;
+        return v ? &*v : nullptr;
     }
 
     /// Writes the file under \p tag with the first line \p apiName.

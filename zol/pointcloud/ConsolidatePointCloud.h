@@ -231,6 +231,82 @@ public:
                                int iterationCount,
                                const std::vector<int>* selectIndex,
                                SmoothQuality quality);
+
+    // ---- Measures and clean-up declared for hosts, not provided here ---------------
+    // Each answers RESULT_NOT_AVAILABLE (-8) once its arguments pass the checks listed
+    // with it, after recording the call when DumpOnce() armed recording.
+
+    /// Isolation of every point: the mean distance to its neighbours over the cloud's
+    /// median of that mean, so that stray points stand out with values well above 1.
+    /// \param[in] pointCloud the cloud; only read.
+    /// \param[in] neighborCount neighbours per point, the point itself included; at least 2.
+    /// \param[out] isolation one value per point.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2) for a null cloud or
+    ///         output ("ConsolidatePointCloud::CalculateIsolation: pointCloud == NULL ||
+    ///         isolation == NULL") or neighborCount < 2
+    ///         ("ConsolidatePointCloud::CalculateIsolation: neighborCount < 2").
+    static int CalculateIsolation(const IPointCloud* pointCloud,
+                                  int neighborCount,
+                                  std::vector<double>* isolation);
+
+    /// Uniformity of the sampling around every point: 1 where the neighbours are evenly
+    /// spaced, towards 0 where they cluster.
+    /// \param[in] pointCloud the cloud; only read.
+    /// \param[in] neighborCount neighbours per point, the point itself included; at least 3.
+    /// \param[out] uniformity one value per point in [0, 1].
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2) for a null cloud or
+    ///         output ("ConsolidatePointCloud::CalculateUniformity: pointCloud == NULL ||
+    ///         uniformity == NULL") or neighborCount < 3
+    ///         ("ConsolidatePointCloud::CalculateUniformity: neighborCount < 3").
+    static int CalculateUniformity(const IPointCloud* pointCloud,
+                                   int neighborCount,
+                                   std::vector<double>* uniformity);
+
+    /// Outlier score of every point: its distance to the plane of its neighbours over the
+    /// neighbourhood's spread; scores above 1 mark likely outliers.
+    /// \param[in] pointCloud the cloud; only read.
+    /// \param[in] neighborCount neighbours per point, the point itself included; at least 4.
+    /// \param[out] outlierValues one score per point, 0 or more.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2) for a null cloud or
+    ///         output ("ConsolidatePointCloud::CalculateOutlier: pointCloud == NULL ||
+    ///         outlierValues == NULL") or neighborCount < 4
+    ///         ("ConsolidatePointCloud::CalculateOutlier: neighborCount < 4").
+    static int CalculateOutlier(const IPointCloud* pointCloud,
+                                int neighborCount,
+                                std::vector<double>* outlierValues);
+
+    /// Cleans one raw range scan in place: removes isolated points and points seen at a
+    /// grazing angle steeper than \p maxZAngle, then estimates oriented normals.
+    /// \param[in,out] pointCloud the scan.
+    /// \param[in] neighborCount neighbours per point, at least 4.
+    /// \param[in] maxZAngle radians in [0, 90 degrees].
+    /// \param[out] removeIndex the indices, before removal, of the removed points; may be
+    ///             null.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), in this order, for a
+    ///         null cloud ("ConsolidatePointCloud::ConsolidateRawScanData: pointCloud ==
+    ///         NULL"), neighborCount < 4 ("ConsolidatePointCloud::ConsolidateRawScanData:
+    ///         neighborCount < 4") or maxZAngle outside [0, 90 degrees] or NaN
+    ///         ("ConsolidatePointCloud::ConsolidateRawScanData: maxZAngle < 0 || maxZAngle
+    ///         > 90.0").
+    static int ConsolidateRawScanData(IPointCloud* pointCloud,
+                                      int neighborCount,
+                                      double maxZAngle,
+                                      std::vector<int>* removeIndex);
+
+    /// Finds, in registered scans, the points that repeat a surface already covered by
+    /// an earlier scan of the list (closer than \p overlapDistance to it).
+    /// \param[in] pointCloudList the scans in one frame, earlier scans kept; only read.
+    /// \param[in] overlapDistance in coordinate units, greater than 0.
+    /// \param[out] removeIndexList per scan, the indices of its overlapping points.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), in this order, for
+    ///         fewer than 2 scans ("ConsolidatePointCloud::RemoveOverlap: cloudCount < 2"),
+    ///         a null scan ("ConsolidatePointCloud::RemoveOverlap: pointCloud is NULL:
+    ///         cloudId = " c), a distance not above 0 or NaN
+    ///         ("ConsolidatePointCloud::RemoveOverlap: overlapDistance <= 0") or a null
+    ///         output ("ConsolidatePointCloud::RemoveOverlap: removeIndexList == NULL").
+    static int RemoveOverlap(const std::vector<IPointCloud*>& pointCloudList,
+                             double overlapDistance,
+                             std::vector<std::vector<int>>* removeIndexList);
 };
 
 /// Re-estimates the normals of a cloud whose points have moved (after smoothing, say):

@@ -7,6 +7,8 @@
 #include <cmath>
 
 #include <zol/core/IPointList.h>
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpPointRecords.h>
 #include <zol/pointcloud/NormalEstimationInternal.h>
 #include <zol/pointcloud/PointCloudAccessInternal.h>
 #include <zol/pointcloud/PointCloudDensity.h>
@@ -129,7 +131,9 @@ int ConsolidatePointCloud::SmoothGeometry(IPointCloud* pointCloud,
                                           int iterationCount,
                                           const std::vector<int>* selectIndex) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudConsolidationGeometrySmoothing>(pointCloud, neighborCount,
+                                                           iterationCount,
+                                                           selectIndex);  // dump hook
     if (pointCloud == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "ConsolidatePointCloud::SmoothGeometry: input pointCloud is NULL");
@@ -223,6 +227,8 @@ int ConsolidatePointCloud::_SmoothGeometryByNormal(IPointCloud* pointCloud,
                                                    int iterationCount,
                                                    const std::vector<int>* selectIndex) {
     SetProgress(0.0);
+    DumpCall<DumpPointCloudConsolidationSmoothByNormal>(pointCloud, neighborCount, sharpAngle,
+                                                        iterationCount, selectIndex);  // dump hook
     if (pointCloud == nullptr) {
         return LogFailure(
             RESULT_INVALID_INPUT,

@@ -9,6 +9,8 @@
 
 #include <zol/core/IPointList.h>
 #include <zol/core/PointCloud.h>
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpPointRecords.h>
 #include <zol/pointcloud/NormalEstimationInternal.h>
 #include <zol/pointcloud/NormalOrientationInternal.h>
 #include <zol/pointcloud/PointCloudAccessInternal.h>
@@ -120,7 +122,8 @@ int ConsolidatePointCloud::CalculatePointCloudNormal(IPointCloud* pointCloud,
                                                      int neighborCount,
                                                      const Vector3* cameraDirection) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudConsolidationNormalCalculation>(pointCloud, neighborCount,
+                                                           cameraDirection);  // dump hook
     PointCloudInfo info;
     return _CalculatePointCloudNormal(pointCloud, info, neighborCount, cameraDirection);
 }
@@ -179,7 +182,8 @@ int ConsolidatePointCloud::OrientPointCloudNormal(IPointCloud* pointCloud,
                                                   int neighborCount,
                                                   const Vector3* cameraDirection) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudConsolidationNormalOrient>(pointCloud, neighborCount,
+                                                      cameraDirection);  // dump hook
     if (pointCloud == nullptr || neighborCount < 4) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "ConsolidatePointCloud::OrientPointCloudNormal: pointCloud == NULL || "
@@ -232,7 +236,7 @@ int ConsolidatePointCloud::OrientPointCloudNormal(IPointCloud* pointCloud,
 
 int ConsolidatePointCloud::ReversePointCloudNormal(IPointCloud* pointCloud) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudConsolidationNormalReversing>(pointCloud);  // dump hook
     if (pointCloud == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "ConsolidatePointCloud::ReversePointCloudNormal: pointCloud == NULL");

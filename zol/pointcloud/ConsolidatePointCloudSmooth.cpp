@@ -6,6 +6,8 @@
 #include <algorithm>
 
 #include <zol/core/IPointList.h>
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpPointRecords.h>
 #include <zol/pointcloud/PointCloudAccessInternal.h>
 #include <zol/pointcloud/PointSelectionInternal.h>
 #include <zol/runtime/ApiProgress.h>
@@ -39,7 +41,8 @@ int ConsolidatePointCloud::_SmoothNormal(IPointCloud* pointCloud,
                                          int neighborCount,
                                          const std::vector<int>* fixedIndex) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudConsolidationNormalSmoothing>(pointCloud, normalWeight, neighborCount,
+                                                         fixedIndex);  // dump hook
     if (pointCloud == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "ConsolidatePointCloud::SmoothNormal input pointCloud is NULL");

@@ -14,6 +14,8 @@
 #include <zol/core/IPointList.h>
 #include <zol/core/Matrix4x4.h>
 #include <zol/core/PointCloud.h>
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpPointRecords.h>
 #include <zol/pointcloud/FuseTreeInternal.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
@@ -264,7 +266,9 @@ int FusePointCloud::UpdateFuseFunction(const IPointCloud* pointCloud,
                                        const Matrix4x4* transform,
                                        const std::vector<double>* pointAttributes) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpFusePointCloudUpdate>(mResolutionX, mResolutionY, mResolutionZ, mBBoxMin, mBBoxMax,
+                                       mFuseNormal, this, pointCloud, transform,
+                                       pointAttributes);  // dump hook
     if (pointCloud == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "FusePointCloud::UpdateFuseFunction: input pointCloud is NULL");
@@ -366,7 +370,9 @@ int FusePointCloud::_UpdateFuseFunction(const IPointList* pointList,
 int FusePointCloud::ExtractPointCloud(IPointCloud* pointCloud,
                                       std::vector<double>* pointAttributes) const {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpFusePointCloudExtract>(mResolutionX, mResolutionY, mResolutionZ, mBBoxMin,
+                                        mBBoxMax, mFuseNormal, this, pointCloud,
+                                        pointAttributes);  // dump hook
     if (pointCloud == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "FusePointCloud::ExtractPointCloud: input pointCloud is NULL");

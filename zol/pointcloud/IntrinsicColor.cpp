@@ -8,6 +8,8 @@
 #include <memory>
 
 #include <zol/core/IPointList.h>
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpPointRecords.h>
 #include <zol/pointcloud/IntrinsicColorInternal.h>
 #include <zol/pointcloud/PointCloudDensity.h>
 #include <zol/runtime/ApiProgress.h>
@@ -98,7 +100,8 @@ int IntrinsicColor::TuneColorFromSingleLight(const std::vector<IPointCloud*>& po
                                              std::vector<Vector3>* colorGains,
                                              std::vector<double>* overlapErrors) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpTuneColorFromSingleLight>(pointCloudList, colorList, keepFirstCloudColor,
+                                           pointDensity, colorGains, overlapErrors);  // dump hook
     const int cloudCount = static_cast<int>(pointCloudList.size());
     if (cloudCount != static_cast<int>(colorList.size())) {
         return LogFailure(RESULT_INVALID_INPUT,

@@ -4,7 +4,10 @@
 
 #include <vector>
 
+#include <zol/core/Color4.h>
 #include <zol/core/IPointCloud.h>
+#include <zol/core/ITriMesh.h>
+#include <zol/core/Vector2.h>
 #include <zol/core/Vector3.h>
 #include <zol/runtime/Export.h>
 
@@ -78,6 +81,122 @@ public:
                                         double* pointDensity,
                                         std::vector<Vector3>* colorGains,
                                         std::vector<double>* overlapErrors);
+
+    // ---- Tunings declared for hosts, not provided here -----------------------------
+    // Each answers RESULT_NOT_AVAILABLE (-8) once its arguments pass the checks listed
+    // with it, after recording the call when DumpOnce() armed recording. Images are
+    // row-major, imageWidth * imageHeight packed colours.
+
+    /// Harmonises the vertex colours of a mesh textured from several patches (scans), so
+    /// that colours match across the seams between patches.
+    /// \param[in] triMesh the mesh; only read.
+    /// \param[in] vertexPatchIds the patch of every vertex.
+    /// \param[in,out] vertexColors one RGB colour per vertex, tuned in place.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), in this order, for a
+    ///         null mesh ("TuneMeshColorFromMultiPatch: triMesh == NULL") or lists whose
+    ///         sizes differ from the vertex count ("TuneMeshColorFromMultiPatch:
+    ///         vertexPatchIds or vertexColors size != vertexCount").
+    static int TuneMeshColorFromMultiPatch(const ITriMesh* triMesh,
+                                           const std::vector<int>& vertexPatchIds,
+                                           std::vector<Vector3>& vertexColors);
+
+    /// Harmonises the colours of frames of a handheld scan whose light moves with the
+    /// camera: each frame's shading is taken out by its camera position before the
+    /// frames are matched.
+    /// \param[in] pointCloudList the frames in one common frame; only read.
+    /// \param[in,out] colorList one RGB colour per point of each frame, tuned in place.
+    /// \param[in] cameraPositions the camera (and light) position of each frame.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), in this order, when
+    ///         the three list sizes differ ("TuneColorFromMultiFrame: cloudCount !=
+    ///         colorListCount || cloudCount != cameraCount"), there is no frame
+    ///         ("TuneColorFromMultiFrame: invalid cloudCount < 1") or a frame is null
+    ///         ("TuneColorFromMultiFrame: pointCloud is NULL: cloudId = " c).
+    static int TuneColorFromMultiFrame(const std::vector<IPointCloud*>& pointCloudList,
+                                       std::vector<std::vector<Vector3>>& colorList,
+                                       const std::vector<Vector3>& cameraPositions);
+
+    /// Tunes a texture image so that, sampled at the vertices, it matches the vertex
+    /// colours, keeping the image's own detail.
+    /// \param[in] triMesh the mesh; only read.
+    /// \param[in] cornerTexCoords three texture coordinates per triangle, in [0, 1].
+    /// \param[in] vertexColors one RGB colour per vertex.
+    /// \param[in] imageWidth, imageHeight the image size in pixels, at least 1 each.
+    /// \param[in,out] imageData the image, tuned in place.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), in this order, for a
+    ///         null mesh ("TuneTextureImageByVertexColor: triMesh == NULL"), cornerTexCoords
+    ///         not 3 per triangle ("TuneTextureImageByVertexColor: cornerTexCoords size !=
+    ///         3 * triangleCount"), vertexColors not one per vertex
+    ///         ("TuneTextureImageByVertexColor: vertexColors size != vertexCount") or an
+    ///         image size that does not match ("TuneTextureImageByVertexColor: invalid
+    ///         image size").
+    static int TuneTextureImageByVertexColor(const ITriMesh* triMesh,
+                                             const std::vector<Vector2>& cornerTexCoords,
+                                             const std::vector<Vector3>& vertexColors,
+                                             int imageWidth,
+                                             int imageHeight,
+                                             std::vector<Color4>& imageData);
+
+    /// Tunes a texture image so that each triangle's texels match the triangle's colour
+    /// on average.
+    /// \param[in] triMesh the mesh; only read.
+    /// \param[in] cornerTexCoords three texture coordinates per triangle, in [0, 1].
+    /// \param[in] triangleColors one RGB colour per triangle.
+    /// \param[in] imageWidth, imageHeight the image size in pixels, at least 1 each.
+    /// \param[in,out] imageData the image, tuned in place.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), in this order, for a
+    ///         null mesh ("TuneImageByTriangleColor: triMesh == NULL"), cornerTexCoords
+    ///         not 3 per triangle ("TuneImageByTriangleColor: cornerTexCoords size != 3 *
+    ///         triangleCount"), triangleColors not one per triangle
+    ///         ("TuneImageByTriangleColor: triangleColors size != triangleCount") or an
+    ///         image size that does not match ("TuneImageByTriangleColor: invalid image
+    ///         size").
+    static int TuneImageByTriangleColor(const ITriMesh* triMesh,
+                                        const std::vector<Vector2>& cornerTexCoords,
+                                        const std::vector<Vector3>& triangleColors,
+                                        int imageWidth,
+                                        int imageHeight,
+                                        std::vector<Color4>& imageData);
+
+    /// Tunes an image so that, at the pixels where the points project, it matches the
+    /// points' colours.
+    /// \param[in] pointCloud the points; only read.
+    /// \param[in] pointColors one RGB colour per point.
+    /// \param[in] pointImageCoords the image position of every point, in [0, 1].
+    /// \param[in] imageWidth, imageHeight the image size in pixels, at least 1 each.
+    /// \param[in,out] imageData the image, tuned in place.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), in this order, for a
+    ///         null cloud ("TuneImageByPointColor: pointCloud == NULL"), lists whose sizes
+    ///         differ from the point count ("TuneImageByPointColor: pointColors or
+    ///         pointImageCoords size != pointCount") or an image size that does not match
+    ///         ("TuneImageByPointColor: invalid image size").
+    static int TuneImageByPointColor(const IPointCloud* pointCloud,
+                                     const std::vector<Vector3>& pointColors,
+                                     const std::vector<Vector2>& pointImageCoords,
+                                     int imageWidth,
+                                     int imageHeight,
+                                     std::vector<Color4>& imageData);
+
+    /// Harmonises several texture images of one mesh, so that texels on either side of a
+    /// seam between triangles textured from different images match.
+    /// \param[in] triMesh the mesh; only read.
+    /// \param[in] cornerTexCoords three texture coordinates per triangle, in [0, 1].
+    /// \param[in] triangleImageIds the image each triangle is textured from.
+    /// \param[in] imageSizes width and height of each image, in pixels, image after image.
+    /// \param[in,out] images the images, tuned in place.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), in this order, for a
+    ///         null mesh ("TuneTextureImageColor: triMesh == NULL"), cornerTexCoords not 3
+    ///         per triangle or triangleImageIds not 1 per triangle ("TuneTextureImageColor:
+    ///         cornerTexCoords or triangleImageIds size does not match triangleCount"),
+    ///         imageSizes not 2 per image ("TuneTextureImageColor: imageSizes size != 2 *
+    ///         imageCount"), an image size that does not match its image
+    ///         ("TuneTextureImageColor: invalid image size: imageId = " i) or an image id
+    ///         outside the images
+    ///         ("TuneTextureImageColor: triangleImageId out of range: triangleId = " t).
+    static int TuneTextureImageColor(const ITriMesh* triMesh,
+                                     const std::vector<Vector2>& cornerTexCoords,
+                                     const std::vector<int>& triangleImageIds,
+                                     const std::vector<int>& imageSizes,
+                                     std::vector<std::vector<Color4>>& images);
 };
 
 }  // namespace ZOL

@@ -206,6 +206,22 @@ public:
                                     std::vector<int>& sampleIndex,
                                     int seedId,
                                     SampleQuality quality);
+
+    /// Simplifies a cloud to about \p targetCount points spread evenly over its surface:
+    /// the grid interval is searched so that grid sampling keeps about that many points.
+    /// Declared for hosts, not provided here: answers RESULT_NOT_AVAILABLE (-8) once the
+    /// arguments pass, after recording the call when DumpOnce() armed recording.
+    /// \param[in] pointCloud the cloud; only read.
+    /// \param[in] targetCount the number of points wanted, at least 1.
+    /// \param[out] sampleIndex the kept point indices.
+    /// \param[out] interval the grid interval found, in coordinate units; may be null.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2) for a null cloud or
+    ///         output ("SamplePointCloud::Simplify: pointCloud == NULL || sampleIndex ==
+    ///         NULL") or targetCount < 1 ("SamplePointCloud::Simplify: targetCount < 1").
+    static int Simplify(const IPointCloud* pointCloud,
+                        int targetCount,
+                        std::vector<int>* sampleIndex,
+                        double* interval);
 };
 
 /// Normal variation around every point: value[i] = 1 - (sum over the k nearest points j

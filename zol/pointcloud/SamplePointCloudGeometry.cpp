@@ -7,6 +7,8 @@
 #include <cmath>
 #include <vector>
 
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpPointRecords.h>
 #include <zol/runtime/Ann.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
@@ -93,7 +95,8 @@ int SamplePointCloud::GeometrySample(const IPointCloud* pointCloud,
                                      int seedId,
                                      SampleQuality quality) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudSamplingGeometry>(pointCloud, sampleCount, sampleIndex, uniformWeight,
+                                             neighborCount, seedId, quality);  // dump hook
     if (!pointCloud || !pointCloud->HasNormal()) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "SamplePointCloud::GeometrySample: pointCloud == NULL || "

@@ -12,6 +12,8 @@
 #include <memory>
 #include <vector>
 
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpPointRecords.h>
 #include <zol/pointcloud/FlatCoordsInternal.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
@@ -248,7 +250,7 @@ int SamplePointCloud::GridSample(const IPointCloud* pointCloud,
                                  double interval,
                                  std::vector<int>& sampleIndex) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudSamplingGrid>(pointCloud, interval);  // dump hook
     if (!pointCloud) {
         return LogFailure(RESULT_INVALID_INPUT, "SamplePointCloud::GridSample: pointCloud == NULL");
     }

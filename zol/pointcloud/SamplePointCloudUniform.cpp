@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <vector>
 
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpPointRecords.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
@@ -58,7 +60,8 @@ int SamplePointCloud::UniformSample(const IPointCloud* pointCloud,
                                     int seedId,
                                     SampleQuality quality) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudSamplingUniform>(pointCloud, sampleCount, sampleIndex, seedId,
+                                            quality);  // dump hook
     const PointCloudPointList pointList(pointCloud);
     const int pointCount = pointList.GetPointCount();
     if (pointCount < 1 || sampleCount > pointCount) {

@@ -68,7 +68,28 @@
     X(ConsolidateGrid, SmoothGrid)                    \
     X(FuseDepthVideo, UpdateFrame)                    \
     X(FuseDepthVideo, ExtractPointCloud)              \
-    X(DeformPointList, Deform)
+    X(DeformPointList, Deform)                        \
+    X(ConsolidatePointCloud, CalculateIsolation)      \
+    X(ConsolidatePointCloud, CalculateUniformity)     \
+    X(ConsolidatePointCloud, CalculateOutlier)        \
+    X(ConsolidatePointCloud, ConsolidateRawScanData)  \
+    X(ConsolidatePointCloud, RemoveOverlap)           \
+    X(SamplePointCloud, Simplify)                     \
+    X(MeasurePointCloud, ComputeOneSideDistance)      \
+    X(IntrinsicColor, TuneMeshColorFromMultiPatch)    \
+    X(IntrinsicColor, TuneColorFromMultiFrame)        \
+    X(IntrinsicColor, TuneTextureImageByVertexColor)  \
+    X(IntrinsicColor, TuneImageByTriangleColor)       \
+    X(IntrinsicColor, TuneImageByPointColor)          \
+    X(IntrinsicColor, TuneTextureImageColor)          \
+    X(MeasureMesh, ComputeSectionExact)               \
+    X(MeasureMesh, ComputeSectionApproximate)         \
+    X(MeasureMesh, ComputePrincipalCurvature)         \
+    X(MeasureMesh, ComputeThickness)                  \
+    X(DetectShape, DetectPrimitive)                   \
+    X(DetectShape, SelectPrimitive)                   \
+    X(DetectShape, FitCylinder)                       \
+    X(DetectShape, FitCone)
 
 namespace ZOL {
 
