@@ -6,6 +6,7 @@
 #include <fstream>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <typeinfo>
 
 #include <zol/dump/DumpBase.h>
@@ -16,7 +17,10 @@
 #include <zol/mesh/MeshQueryTool.h>
 #include <zol/mesh/OptimiseCurve.h>
 #include <zol/mesh/SubdivideMesh.h>
+#include <zol/pointcloud/ConsolidatePointCloud.h>
 #include <zol/pointcloud/FitPointCloud.h>
+#include <zol/pointcloud/FusePointCloud.h>
+#include <zol/pointcloud/SamplePointCloud.h>
 #include <zol/pointcloud/SumPointCloud.h>
 #include <zol/runtime/Constants.h>
 
@@ -136,8 +140,16 @@ TEST(DumpBase, BodiesHaveTheExactLayout) {
     MeshQueryTool tool;
     tool.Init(&mesh);
     SumPointCloud sum(0.5, Vector3(-1, -1, -1), Vector3(1, 1, 1));
-    PointCloud out;
+    PointCloud out, blank;
     std::vector<PointOnFace> curve;
+    const std::vector<int> none;
+    PointCloud range(false, false, true);  // a 2 x 1 range image filled right to left
+    range.InitGrid(2, 1);
+    range.SetGridCoord(1, 0, Vector3(0.5, 0, 0));
+    range.SetGridCoord(0, 0, Vector3(0, 0.25, 0));
+    const Vector3 camera(0, 0, -1);
+    FusePointCloud noGrid, fuse(1, 1, 1, Vector3(0, 0, 0), Vector3(1, 1, 1), false);
+    fuse.UpdateFuseFunction(&plain, nullptr, nullptr);
     const std::string m = kSmallMeshText;
     const struct {
         const char* name;
@@ -176,6 +188,27 @@ TEST(DumpBase, BodiesHaveTheExactLayout) {
                  Vector3(0, 0, 1), &curve);
          },
          "208\n" + m + "0 0.25 0.25 0.5 0 1 0 0 0 0 1\n"},
+        {"an empty selection keeps its element line",
+         [&] { return ConsolidatePointCloud::SmoothGeometry(&plain, 4, 2, &none); },
+         "126\n1 0\n1 2 3\n4 2\n0\n\n"},
+        {"a null selection is the count line alone",
+         [&] { return ConsolidatePointCloud::SmoothGeometry(&plain, 4, 2, nullptr); },
+         "126\n1 0\n1 2 3\n4 2\n0\n"},
+        {"range image with its cells, then an optional direction",
+         [&] { return ConsolidatePointCloud::CalculatePointCloudNormal(&range, 8, &camera); },
+         "102\n2 0\n0.5 0 0\n0 0.25 0\n2 1\n2\n1 0 \n8\n1\n0 0 -1 \n"},
+        {"an output array given as null",
+         [&] {
+             return SamplePointCloud::UniformSample(&plain, 1, nullptr, 5, SAMPLE_QUALITY_HIGH);
+         },
+         "109\n1 0\n1 2 3\n1 0 5 1\n"},
+        {"a fusion without a grid",
+         [&] { return noGrid.UpdateFuseFunction(&plain, nullptr, nullptr); },
+         "115\n0 0 0 0 0 0 0 0 0 0\n-1\n1 0\n1 2 3\n0\n0\n"},
+        {"a fused state, a blank target and no attributes",
+         [&] { return fuse.ExtractPointCloud(&blank, nullptr); },
+         "116\n1 1 1 0 0 0 1 1 1 0\nFusePointCloud 1\nresolution 1 1 1\nbbox 0 0 0 1 1 1\n"
+         "fuseNormal 0\nattributes 0\ncells 1\n1 2 3 1 2 3 0 0 0 1\nend FusePointCloud\n0 0\n0\n"},
     };
     for (const auto& c : cases) {
         int status = 0;
@@ -307,4 +340,45 @@ TEST(DumpBase, DamagedFilesLoadWithoutCrashAndRunToTheApiFailure) {
     }
     std::unique_ptr<DumpBase> record(CreateDumpFillMeshHole());
     EXPECT_EQ(record->LoadDumpFile("no/such/file.dump"), RESULT_INVALID_INPUT);
+}
+
+TEST(DumpBase, DamagedGridsAndFusionStatesAreRefusedWhole) {
+    zoltest::DumpDirScope dir;
+    const std::string fuseHead = "116\n1 1 1 0 0 0 1 1 1 0\nFusePointCloud 1\n";
+    const struct {
+        const char* name;
+        std::string text;
+        int load;
+        int run;
+    } cases[] = {
+        {"intact range image of one point", "102\n1 0\n0 0 0\n2 1\n1\n1 \n8\n0\n", RESULT_OK,
+         RESULT_FAIL},
+        {"grid far larger than its points", "102\n1 0\n0 0 0\n100000 100000\n1\n0 \n8\n0\n",
+         RESULT_FAIL, RESULT_INVALID_INPUT},
+        {"negative grid size", "102\n1 0\n0 0 0\n-2 1\n1\n0 \n8\n0\n", RESULT_FAIL,
+         RESULT_INVALID_INPUT},
+        {"a cell used twice", "102\n2 0\n0 0 0\n1 0 0\n2 1\n2\n0 0 \n8\n0\n", RESULT_FAIL,
+         RESULT_INVALID_INPUT},
+        {"a cell outside the grid", "102\n1 0\n0 0 0\n2 1\n1\n2 \n8\n0\n", RESULT_FAIL,
+         RESULT_INVALID_INPUT},
+        {"fewer cells than points", "102\n2 0\n0 0 0\n1 0 0\n2 1\n1\n0 \n8\n0\n", RESULT_FAIL,
+         RESULT_INVALID_INPUT},
+        {"two camera directions", "102\n-1\n8\n2\n0 0 1 0 0 1 \n", RESULT_FAIL,
+         RESULT_INVALID_INPUT},
+        {"damaged fusion header", fuseHead + "resolution 1 1\n", RESULT_FAIL, RESULT_INVALID_INPUT},
+        {"fusion without its end line",
+         fuseHead + "resolution 1 1 1\nbbox 0 0 0 1 1 1\nfuseNormal 0\nattributes 0\ncells 0\n",
+         RESULT_FAIL, RESULT_INVALID_INPUT},
+        {"no fusion: extraction meets no grid", "116\n1 1 1 0 0 0 1 1 1 0\n-1\n0 0\n1\n", RESULT_OK,
+         RESULT_STEP_FAIL},
+    };
+    for (const auto& c : cases) {
+        const std::string file = WriteText("damaged.dump", c.text);
+        int value = 0;
+        std::istringstream head(c.text);
+        ASSERT_TRUE(DumpBase::ReadInt(head, value)) << c.name;
+        std::unique_ptr<DumpBase> record(CreateDumpRecord(value, file));
+        EXPECT_EQ(record->LoadDumpFile(file), c.load) << c.name;
+        EXPECT_EQ(record->Run(), c.run) << c.name;
+    }
 }

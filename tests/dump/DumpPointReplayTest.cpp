@@ -214,6 +214,7 @@ TEST(PointDumpReplay, EveryRecordedOperationReplaysToItsStatusAndResults) {
              EXPECT_TRUE(tuned.GetColorList() == colors);
              EXPECT_TRUE(tuned.GetColorGains() == gains);
              EXPECT_TRUE(tuned.GetOverlapErrors().empty());
+             EXPECT_TRUE(r.GetPointCloud(1)->GetPointColor(7) == colors[1][7]);
          }},
     };
     for (const auto& c : cases) {

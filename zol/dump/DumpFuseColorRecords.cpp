@@ -59,9 +59,26 @@ int DumpTuneColorFromSingleLight::Run() {
     for (const auto& cloud : Field<0>()) clouds.push_back(cloud.get());
     mColorGains.clear();
     mOverlapErrors.clear();
-    return Finish(IntrinsicColor::TuneColorFromSingleLight(
+    const int status = IntrinsicColor::TuneColorFromSingleLight(
         clouds, Field<1>(), Field<2>(), OptionalField<3>(), Field<4>() ? &mColorGains : nullptr,
-        Field<5>() ? &mOverlapErrors : nullptr));
+        Field<5>() ? &mOverlapErrors : nullptr);
+    // Each scan again with its tuned colours, so that a replay can be looked at (a single
+    // scan passes unchecked, so the lists are checked here before they are read).
+    bool fits = status == RESULT_OK;
+    for (std::size_t c = 0; fits && c < clouds.size(); ++c) {
+        fits = clouds[c] != nullptr &&
+               Field<1>()[c].size() == static_cast<std::size_t>(clouds[c]->GetPointCount());
+    }
+    if (fits) {
+        for (std::size_t c = 0; c < clouds.size(); ++c) {
+            PointCloud* tuned = AddResultCloud();
+            *tuned = *Field<0>()[c];
+            tuned->SetHasColor(true);
+            for (int i = 0; i < tuned->GetPointCount(); ++i)
+                tuned->SetPointColor(i, Field<1>()[c][static_cast<std::size_t>(i)]);
+        }
+    }
+    return Finish(status);
 }
 
 }  // namespace ZOL

@@ -181,7 +181,7 @@ ZOL_DUMP_RECORD(SumPointCloudExtract,
 /// Records IntrinsicColor::TuneColorFromSingleLight: the clouds, their colour lists, the
 /// flag, the point density and whether the two optional outputs were given. Run tunes the
 /// loaded colour lists in place (GetColorList) with outputs of its own where the call gave
-/// them.
+/// them; after a success GetPointCloud(c) is scan c with its tuned colours.
 class ZOL_API DumpTuneColorFromSingleLight final : public DumpRecord<DumpTuneColorFromSingleLight,
                                                                      dumpfield::CloudList,
                                                                      dumpfield::Nested<Vector3>,
