@@ -49,5 +49,9 @@
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
 
+// Point-cloud processing: sampling and utilities
+#include <zol/pointcloud/PointCloudUtility.h>
+#include <zol/pointcloud/SamplePointCloud.h>
+
 // Shape detection: primitive fits and tangent-face selection
 #include <zol/shape/DetectShape.h>

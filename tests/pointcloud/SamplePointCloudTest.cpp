@@ -1,0 +1,409 @@
+// SamplePointCloud: farthest-point order against exhaustive search, the partitioned
+// scheme on clusters and coincident points, the high-quality position result, grid
+// order against a bucket-of-maps oracle, feature sampling, thread invariance, log lines.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <limits>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <zol/core/PointCloud.h>
+#include <zol/pointcloud/SamplePointCloud.h>
+#include <zol/runtime/Constants.h>
+
+#include "tests/common/PointData.h"
+#include "tests/common/TestData.h"
+
+using namespace ZOL;
+
+namespace {
+
+// Farthest-point order by exhaustive search: |seed| mod n first, then always the point
+// whose nearest sample is farthest, the lowest index on a tie.
+std::vector<int> BruteForceFarthest(const std::vector<Vector3>& points, int count, long long seed) {
+    const int n = static_cast<int>(points.size());
+    std::vector<int> order{static_cast<int>(std::llabs(seed) % n)};
+    std::vector<bool> taken(n, false);
+    taken[order[0]] = true;
+    while (static_cast<int>(order.size()) < count) {
+        int best = -1;
+        double bestDistance = -1.0;
+        for (int c = 0; c < n; ++c) {
+            if (taken[c]) continue;
+            double nearest = 1.7e308;
+            for (int s : order)
+                nearest = std::min(nearest, (points[c] - points[s]).LengthSquared());
+            if (nearest > bestDistance) {
+                bestDistance = nearest;
+                best = c;
+            }
+        }
+        taken[best] = true;
+        order.push_back(best);
+    }
+    return order;
+}
+
+// The grid rule written out with one ordered map of cells per hash bucket.
+std::vector<int> GridOracle(const std::vector<Vector3>& points, double interval) {
+    Vector3 m = points[0];
+    for (const Vector3& p : points) {
+        m = Vector3(std::min(m.x, p.x), std::min(m.y, p.y), std::min(m.z, p.z));
+    }
+    m = m - Vector3(1e-15, 1e-15, 1e-15);
+    std::map<uint32_t, std::map<std::array<long long, 3>, std::pair<int, double>>> buckets;
+    for (int i = 0; i < static_cast<int>(points.size()); ++i) {
+        const Vector3 u = (points[i] - m) / interval;
+        const std::array<long long, 3> key{static_cast<long long>(u.x), static_cast<long long>(u.y),
+                                           static_cast<long long>(u.z)};
+        const double score = (u - Vector3(key[0], key[1], key[2])).LengthSquared();
+        const uint32_t bucket =
+            static_cast<uint32_t>((key[0] * 73856093LL) ^ (key[1] * 19349669LL) ^
+                                  (key[2] * 83492791LL)) %
+            2560000u;
+        auto [cell, added] = buckets[bucket].emplace(key, std::make_pair(i, score));
+        if (!added && cell->second.second > score) cell->second = {i, score};
+    }
+    std::vector<int> ids;
+    for (const auto& bucket : buckets) {
+        for (const auto& cell : bucket.second) ids.push_back(cell.second.first);
+    }
+    return ids;
+}
+
+// "x y z nx ny nz" lines.
+PointCloud LoadXyzn(const std::string& path) {
+    std::ifstream in(path);
+    std::vector<Vector3> points, normals;
+    Vector3 p, n;
+    while (in >> p.x >> p.y >> p.z >> n.x >> n.y >> n.z) {
+        points.push_back(p);
+        normals.push_back(n);
+    }
+    return zoltest::MakeCloud(points, &normals);
+}
+
+std::vector<Vector3> Subset(const std::vector<Vector3>& points, const std::vector<int>& ids) {
+    std::vector<Vector3> out;
+    for (int id : ids) out.push_back(points[id]);
+    return out;
+}
+
+std::vector<int> Sample(const IPointCloud& cloud, int count, int seed, SampleQuality quality) {
+    std::vector<int> ids(count, -1);
+    EXPECT_EQ(SamplePointCloud::UniformSample(&cloud, count, ids.data(), seed, quality), RESULT_OK);
+    return ids;
+}
+
+}  // namespace
+
+TEST(SamplePointCloud, UniformSampleReturnsDistinctPointsOfTheCloud) {
+    PointCloud cloud = zoltest::MakeCloud(zoltest::RandomPoints(100, 1));
+    int ids[10];
+    ASSERT_EQ(SamplePointCloud::UniformSample(&cloud, 10, ids, 0, SAMPLE_QUALITY_LOW), RESULT_OK);
+    EXPECT_EQ(std::set<int>(ids, ids + 10).size(), 10u);
+    EXPECT_EQ(ids[0], 0);
+}
+
+TEST(SamplePointCloud, PlainSchemeFollowsExhaustiveFarthestPointOrder) {
+    std::vector<Vector3> line, grid;
+    for (int i = 0; i < 7; ++i) line.emplace_back(i, 0, 0);  // equal gaps: every step ties
+    for (int i = 0; i < 9; ++i) grid.emplace_back(i % 3, i / 3, 0);
+    const std::vector<Vector3> cloud = zoltest::RandomPoints(300, 2);
+    struct Case {
+        const std::vector<Vector3>* points;
+        int count;
+        int seed;
+        SampleQuality quality;
+    };
+    const Case cases[] = {
+        {&line, 7, 3, SAMPLE_QUALITY_LOW},     {&grid, 9, 4, SAMPLE_QUALITY_LOW},
+        {&cloud, 150, -7, SAMPLE_QUALITY_LOW}, {&cloud, 199, 1003, SAMPLE_QUALITY_LOW},
+        {&cloud, 300, 0, SAMPLE_QUALITY_HIGH}, {&cloud, 1, -2147483647 - 1, SAMPLE_QUALITY_LOW},
+    };
+    for (const Case& c : cases) {
+        PointCloud pc = zoltest::MakeCloud(*c.points);
+        const PointCloudPointList list(&pc);
+        std::vector<int> ids(c.count);
+        ASSERT_EQ(SamplePointCloud::_UniformSamplePointList(&list, c.count, ids.data(), c.seed,
+                                                            c.quality),
+                  RESULT_OK);
+        EXPECT_EQ(ids, BruteForceFarthest(*c.points, c.count, c.seed)) << c.count << " " << c.seed;
+    }
+}
+
+TEST(SamplePointCloud, PartitionedSchemeSamplesEachClusterInProportion) {
+    // 1000 candidates, 200 samples: two cells around the seeds grown from candidate 0.
+    // The cluster of 750 gets 750/1000 * 200 + 1 = 151, the other the remaining 49, each
+    // by plain farthest-point sampling inside the cluster; members keep candidate order.
+    const std::vector<Vector3> a = zoltest::RandomPoints(750, 3);
+    std::vector<Vector3> b = zoltest::RandomPoints(250, 4);
+    std::vector<Vector3> points;
+    std::vector<int> inA, inB;
+    for (int i = 0; i < 1000; ++i) {
+        const bool takeA = i % 4 != 3;
+        (takeA ? inA : inB).push_back(i);
+        points.push_back(takeA ? a[inA.size() - 1] : b[inB.size() - 1] + Vector3(100, 0, 0));
+    }
+    PointCloud cloud = zoltest::MakeCloud(points);
+    const PointCloudPointList list(&cloud);
+    std::vector<int> ids(200);
+    ASSERT_EQ(
+        SamplePointCloud::_UniformSamplePointList(&list, 200, ids.data(), 5, SAMPLE_QUALITY_LOW),
+        RESULT_OK);
+    std::vector<int> expected;
+    for (int p : BruteForceFarthest(Subset(points, inA), 151, 5)) expected.push_back(inA[p]);
+    for (int p : BruteForceFarthest(Subset(points, inB), 49, 5)) expected.push_back(inB[p]);
+    EXPECT_EQ(ids, expected);
+}
+
+TEST(SamplePointCloud, CoincidentPointsFallBackToRoundRobinCells) {
+    // Two cells: even and odd candidates; 101 and 99 samples; within a cell the seed
+    // comes first and then, all distances being 0, the lowest members.
+    PointCloud cloud = zoltest::MakeCloud(std::vector<Vector3>(1000, Vector3(1.5, -2, 0.25)));
+    std::vector<int> expected{6};
+    for (int i = 0; static_cast<int>(expected.size()) < 101; i += 2)
+        if (i != 6) expected.push_back(i);
+    expected.push_back(7);
+    for (int i = 1; static_cast<int>(expected.size()) < 200; i += 2)
+        if (i != 7) expected.push_back(i);
+    EXPECT_EQ(Sample(cloud, 200, 3, SAMPLE_QUALITY_LOW), expected);
+}
+
+TEST(SamplePointCloud, HighQualityReturnsPositionsInTheFirstStageSubset) {
+    // 100 samples + 20 extra < 1000 points: the first stage takes 120 farthest points,
+    // the result is the farthest-point order among those 120, as positions 0..119.
+    const std::vector<Vector3> points = zoltest::RandomPoints(1000, 6);
+    PointCloud cloud = zoltest::MakeCloud(points);
+    const std::vector<int> firstStage = BruteForceFarthest(points, 120, 9);
+    EXPECT_EQ(Sample(cloud, 100, 9, SAMPLE_QUALITY_HIGH),
+              BruteForceFarthest(Subset(points, firstStage), 100, 9));
+}
+
+TEST(SamplePointCloud, ResultsOnARealScanAreIdenticalForAnyThreadCount) {
+    PointCloud scan =
+        zoltest::MakeCloud(zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun000.ply")));
+    PointCloud oriented = LoadXyzn(zoltest::DataPath("clouds/sac_plane_test.xyzn"));
+    ASSERT_EQ(scan.GetPointCount(), 40256);
+    ASSERT_EQ(oriented.GetPointCount(), 3268);
+    std::vector<int> reference[3];
+    for (int threads : {1, 2, 8}) {
+        zoltest::ThreadCountScope scope(threads);
+        std::vector<int> geometry(600);
+        ASSERT_EQ(SamplePointCloud::GeometrySample(&oriented, 600, geometry.data(), 0.3, 9, 1,
+                                                   SAMPLE_QUALITY_LOW),
+                  RESULT_OK);
+        const std::vector<int> results[3] = {Sample(scan, 3000, 11, SAMPLE_QUALITY_LOW),
+                                             Sample(scan, 3000, 11, SAMPLE_QUALITY_HIGH), geometry};
+        for (int r = 0; r < 3; ++r) {
+            if (threads == 1) {
+                reference[r] = results[r];
+                EXPECT_EQ(std::set<int>(results[r].begin(), results[r].end()).size(),
+                          results[r].size());
+            }
+            EXPECT_EQ(results[r], reference[r]) << r << " on " << threads << " threads";
+        }
+    }
+}
+
+TEST(SamplePointCloud, GridSampleOrderMatchesBucketsOfOrderedCells) {
+    std::vector<Vector3> small = zoltest::RandomPoints(400, 7, 3.0);
+    small.push_back(small[17]);  // same cell, same score: the lower index stays
+    small.push_back(small[0] * 0.999);
+    const std::vector<Vector3> scan =
+        zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun000.ply"));
+    const std::pair<const std::vector<Vector3>*, double> cases[] = {
+        {&small, 0.5}, {&small, 7.0}, {&scan, 0.002}, {&scan, 0.0005}};
+    for (const auto& [points, interval] : cases) {
+        PointCloud cloud = zoltest::MakeCloud(*points);
+        std::vector<int> ids{42};
+        ASSERT_EQ(SamplePointCloud::GridSample(&cloud, interval, ids), RESULT_OK);
+        EXPECT_EQ(ids, GridOracle(*points, interval)) << interval;
+    }
+}
+
+TEST(SamplePointCloud, FlatnessMatchesNeighbourNormalsAndFeaturesComeFirst) {
+    // An L-shaped fold of two jittered grids: flat away from the fold, not near it.
+    std::vector<Vector3> points, normals;
+    const std::vector<Vector3> jitter = zoltest::RandomPoints(400, 8, 0.01);
+    for (int i = 0; i < 400; ++i) {
+        const int u = i % 20, v = (i / 20) % 10;
+        const bool floor = i < 200;
+        points.push_back((floor ? Vector3(u + 1, v, 0) : Vector3(0, v, u)) + jitter[i]);
+        normals.push_back(floor ? Vector3(0, 0, i % 2 ? 1 : -1) : Vector3(1, 0, 0));
+    }
+    PointCloud cloud = zoltest::MakeCloud(points, &normals);
+    const PointCloudPointList list(&cloud);
+    std::vector<double> flatness;
+    ASSERT_EQ(CalculateFlatness(&list, 9, &flatness), RESULT_OK);
+    std::vector<int> features;
+    for (int i = 0; i < 400; ++i) {
+        double sum = 0;
+        for (const auto& nb : zoltest::BruteForceNearest(points, points[i], 9))
+            sum += std::fabs(normals[i] * normals[nb.id]);
+        EXPECT_NEAR(flatness[i], 1.0 - sum / 9, 1e-12) << i;
+        if (flatness[i] > 0.01) features.push_back(i);
+    }
+    ASSERT_GT(features.size(), 20u);
+    ASSERT_LT(features.size(), 100u);
+
+    // 40 samples at uniform weight 0.5: 20 feature samples first, then 20 others.
+    std::vector<int> ids(40);
+    ASSERT_EQ(
+        SamplePointCloud::GeometrySample(&cloud, 40, ids.data(), 0.5, 9, 2, SAMPLE_QUALITY_LOW),
+        RESULT_OK);
+    EXPECT_EQ(std::set<int>(ids.begin(), ids.end()).size(), 40u);
+    for (int i = 0; i < 20; ++i) EXPECT_GT(flatness[ids[i]], 0.01) << i;
+    // More feature samples wanted than features: every feature, then the rest.
+    const int n = static_cast<int>(features.size()) + 5;
+    ids.assign(n, -1);
+    ASSERT_EQ(
+        SamplePointCloud::GeometrySample(&cloud, n, ids.data(), 0.0, 9, 2, SAMPLE_QUALITY_LOW),
+        RESULT_OK);
+    EXPECT_EQ(std::set<int>(ids.begin(), ids.end() - 5),
+              std::set<int>(features.begin(), features.end()));
+    // Uniform weight 1 is plain uniform sampling.
+    ids.assign(30, -1);
+    ASSERT_EQ(
+        SamplePointCloud::GeometrySample(&cloud, 30, ids.data(), 1.0, 9, 2, SAMPLE_QUALITY_LOW),
+        RESULT_OK);
+    EXPECT_EQ(ids, BruteForceFarthest(points, 30, 2));
+}
+
+TEST(SamplePointCloud, EveryFailureLogsItsLinesAndReturnsItsStatus) {
+    PointCloud cloud = zoltest::MakeCloud(zoltest::RandomPoints(100, 9));
+    const std::vector<Vector3> up(10, Vector3(0, 0, 1));
+    PointCloud oriented = zoltest::MakeCloud(zoltest::RandomPoints(10, 9), &up);
+    PointCloud wide = zoltest::MakeCloud({Vector3(0, 0, 0), Vector3(1e4, 0, 0)});
+    PointCloud bad = zoltest::MakeCloud(zoltest::RandomPoints(10, 9));
+    bad.SetPointCoord(3, Vector3(0, std::nan(""), 0));
+    PointCloud empty, emptyOriented(true, false, false);
+    const PointCloudPointList list(&cloud), emptyList(&empty);
+    const SampleQuality low = SAMPLE_QUALITY_LOW, high = SAMPLE_QUALITY_HIGH;
+    const SampleQuality q2 = static_cast<SampleQuality>(2), qm = static_cast<SampleQuality>(-1);
+    const double nan = std::nan("");
+    int ids[200];
+    std::vector<int> out;
+    std::vector<double> values;
+    const std::string uniform = "SamplePointCloud::UniformSample",
+                      list_ = "SamplePointCloud::_UniformSamplePointList",
+                      geometry = "SamplePointCloud::_GeometrySamplePointList";
+    struct Case {
+        int status;
+        std::vector<std::string> lines;
+        std::function<int()> call;
+    };
+    const Case cases[] = {
+        {-2,
+         {uniform + " pointCount < 1 || sampleCount > pointCount "},
+         [&] { return SamplePointCloud::UniformSample(nullptr, 1, ids, 0, low); }},
+        {-2,
+         {uniform + " pointCount < 1 || sampleCount > pointCount "},
+         [&] { return SamplePointCloud::UniformSample(&cloud, 101, ids, 0, low); }},
+        {-2,
+         {uniform + ": invalid quality parameter: 2"},
+         [&] { return SamplePointCloud::UniformSample(&cloud, 5, ids, 0, q2); }},
+        {-2,
+         {uniform + ": sampleCount < 1: 0"},
+         [&] { return SamplePointCloud::UniformSample(&cloud, 0, ids, 0, low); }},
+        {-2,
+         {list_ + " sampleIndex is NULL", uniform + " failed"},
+         [&] { return SamplePointCloud::UniformSample(&cloud, 5, nullptr, 0, low); }},
+        {-2,
+         {uniform + " sampleIndex is NULL"},
+         [&] { return SamplePointCloud::UniformSample(&cloud, 10, nullptr, 0, high); }},
+        {-2,
+         {"UniformSampleSubpart: point 3 has a non-finite coordinate", list_ + " failed",
+          uniform + " failed"},
+         [&] { return SamplePointCloud::UniformSample(&bad, 2, ids, 0, low); }},
+        {-2,
+         {list_ + " input pointList is NULL"},
+         [&] { return SamplePointCloud::_UniformSamplePointList(nullptr, 1, ids, 0, low); }},
+        {-2,
+         {list_ + ": invalid quality parameter: -1"},
+         [&] { return SamplePointCloud::_UniformSamplePointList(&list, 1, ids, 0, qm); }},
+        {-1,
+         {list_ + " invalid pointCount: 0"},
+         [&] { return SamplePointCloud::_UniformSamplePointList(&emptyList, 1, ids, 0, low); }},
+        {-2,
+         {list_ + " sampleIndex is NULL"},
+         [&] { return SamplePointCloud::_UniformSamplePointList(&list, 1, nullptr, 0, low); }},
+        {-2,
+         {"UniformSampleSubpart: sampleCount < 1 || sampleCount > candidateCount: 101 100",
+          list_ + " failed"},
+         [&] { return SamplePointCloud::_UniformSamplePointList(&list, 101, ids, 0, low); }},
+        {-2,
+         {"UniformSampleSubpart: pointList == NULL || candidateIndex is empty"},
+         [&] { return SamplePointCloud::UniformSampleSubpart(&list, {}, 1, out, 0, low); }},
+        {-2,
+         {"UniformSampleSubpart: candidate out of range: 100"},
+         [&] {
+             return SamplePointCloud::UniformSampleSubpart(&list, {3, 100}, 1, out, 0, low);
+         }},
+        {-2,
+         {"SamplePointCloud::GeometrySample: pointCloud == NULL || pointCloud->HasNormal() == "
+          "false"},
+         [&] { return SamplePointCloud::GeometrySample(&cloud, 5, ids, 0.5, 9, 0, low); }},
+        {-1,
+         {geometry + " invalid pointCount: 0"},
+         [&] { return SamplePointCloud::GeometrySample(&emptyOriented, 5, ids, 0.5, 9, 0, low); }},
+        {-2,
+         {geometry + " sampleIndex is NULL"},
+         [&] { return SamplePointCloud::GeometrySample(&oriented, 5, nullptr, 0.5, 9, 0, low); }},
+        {-2,
+         {geometry + " uniformWeight < 0 || uniformWeight > 1"},
+         [&] { return SamplePointCloud::GeometrySample(&oriented, 5, ids, nan, 9, 0, low); }},
+        {-2,
+         {"CalculateFlatness: neighborCount < 1: 0", geometry + " CalculateFlatness Failed"},
+         [&] { return SamplePointCloud::GeometrySample(&oriented, 5, ids, 0.5, 0, 0, low); }},
+        {-2,
+         {geometry + " input pointList is NULL"},
+         [&] {
+             return SamplePointCloud::_GeometrySamplePointList(nullptr, 5, ids, 0.5, 9, 0, low);
+         }},
+        {-2,
+         {"CalculateFlatness: invalid input"},
+         [&] { return CalculateFlatness(&list, 9, nullptr); }},
+        {-1,
+         {"CalculateFlatness invalid pointCount: 0"},
+         [&] { return CalculateFlatness(&emptyList, 9, &values); }},
+        {-2,
+         {"SamplePointCloud::GridSample: pointCloud == NULL"},
+         [&] { return SamplePointCloud::GridSample(nullptr, 0.1, out); }},
+        {-2,
+         {"SamplePointCloud::GridSample: interval < REAL_TOL"},
+         [&] { return SamplePointCloud::GridSample(&cloud, 1e-16, out); }},
+        {-2,
+         {"SamplePointCloud::GridSample: interval is not finite"},
+         [&] { return SamplePointCloud::GridSample(&cloud, nan, out); }},
+        {0,
+         {"SamplePointCloud::_GridSample: pointCount is 0"},
+         [&] { return SamplePointCloud::GridSample(&empty, 0.1, out); }},
+        {-2,
+         {"SamplePointCloud::_GridSample: point 3 has a non-finite coordinate"},
+         [&] { return SamplePointCloud::GridSample(&bad, 0.1, out); }},
+        {-2,
+         {"SamplePointCloud::_GridSample: interval too small for the extent of the points"},
+         [&] { return SamplePointCloud::GridSample(&wide, 1e-15, out); }},
+        {-2,
+         {"SamplePointCloud::_GridSample input pointList is NULL"},
+         [&] { return SamplePointCloud::_GridSample(nullptr, 0.1, out); }},
+        {-2,
+         {"SamplePointCloud::_GridSample: interval < REAL_TOL || interval is not finite"},
+         [&] { return SamplePointCloud::_GridSample(&list, -1.0, out); }},
+    };
+    for (const Case& c : cases) {
+        zoltest::LogCapture log;
+        out.assign(3, 7);
+        EXPECT_EQ(c.call(), c.status) << c.lines[0];
+        EXPECT_EQ(log.Lines(), c.lines);
+    }
+}
