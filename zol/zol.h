@@ -49,7 +49,9 @@
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/mesh/MeshQueryTool.h>
 
-// Point-cloud processing: sampling and utilities
+// Point-cloud processing: normals, smoothing, density, sampling and utilities
+#include <zol/pointcloud/ConsolidatePointCloud.h>
+#include <zol/pointcloud/PointCloudDensity.h>
 #include <zol/pointcloud/PointCloudUtility.h>
 #include <zol/pointcloud/SamplePointCloud.h>
 
