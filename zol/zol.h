@@ -55,5 +55,8 @@
 #include <zol/pointcloud/PointCloudUtility.h>
 #include <zol/pointcloud/SamplePointCloud.h>
 
+// Registration: point-pair fit, ICP and coarse alignment of point clouds
+#include <zol/registration/RegistratePointCloud.h>
+
 // Shape detection: primitive fits and tangent-face selection
 #include <zol/shape/DetectShape.h>

@@ -23,26 +23,20 @@ namespace {
 
 /// Cells along the diagonal above which a finer grid would keep every point anyway.
 constexpr int kMaxReduceResolution = 1 << 20;
+/// Points of the sampling subset per sample wanted.
+constexpr int kSubsetPerSample = 4;
+/// Grid samples that the distance tolerance averages over, at most.
+constexpr int kToleranceSamples = 4096;
 /// Neighbours of a sample for its plane-fit normal.
 constexpr int kSampleNormalNeighbors = 10;
 
-/// One point per occupied cell of a grid with cell = diagonal / resolution: the point
-/// nearest the cell centre (lower id on a tie). Ids come out ascending.
-/// \return the bounding box's status, or RESULT_OK.
-int ReduceOnGrid(const IPointCloud* pointCloud, int resolution, std::vector<int>* kept) {
-    PointCloudPointList list(pointCloud);
-    Vector3 boxMin, boxMax;
-    const int status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
-    if (status != RESULT_OK) return status;
-    std::vector<double> xyz;
-    CopyPointListCoords(&list, &xyz);
-    const int count = list.GetPointCount();
-    const double cell = (boxMax - boxMin).Length() / std::min(resolution, kMaxReduceResolution);
-    kept->clear();
-    if (!(cell > REAL_TOL)) {  // all points at one spot
-        kept->push_back(0);
-        return RESULT_OK;
-    }
+/// One point per occupied cell of a grid of cell size \p cell anchored at \p boxMin: the
+/// point nearest the cell centre (lower id on a tie). Ids come out ascending.
+void GridPass(const std::vector<double>& xyz,
+              const Vector3& boxMin,
+              double cell,
+              std::vector<int>* kept) {
+    const int count = static_cast<int>(xyz.size() / 3);
     // Open addressing over packed cell keys (21 bits per axis suffice for 2^20 cells).
     size_t tableSize = 1;
     while (tableSize < 2 * static_cast<size_t>(count)) tableSize <<= 1;
@@ -50,16 +44,13 @@ int ReduceOnGrid(const IPointCloud* pointCloud, int resolution, std::vector<int>
     std::vector<int> best(tableSize, -1);
     std::vector<double> bestScore(tableSize, 0.0);
     for (int i = 0; i < count; ++i) {
-        double u[3];
         uint64_t key = 0;
-        for (int a = 0; a < 3; ++a) {
-            u[a] = (xyz[3 * i + a] - boxMin[a]) / cell;
-            key = (key << 21) | static_cast<uint64_t>(static_cast<int64_t>(u[a]));
-        }
         double score = 0.0;
         for (int a = 0; a < 3; ++a) {
-            const double d = u[a] - std::floor(u[a]) - 0.5;
-            score += d * d;
+            const double u = (xyz[3 * i + a] - boxMin[a]) / cell;
+            const double cellIndex = std::floor(u);
+            key = (key << 21) | static_cast<uint64_t>(cellIndex);
+            score += (u - cellIndex - 0.5) * (u - cellIndex - 0.5);
         }
         size_t slot = (key * 0x9E3779B97F4A7C15ull) >> 20 & (tableSize - 1);
         while (keys[slot] != UINT64_MAX && keys[slot] != key) slot = (slot + 1) & (tableSize - 1);
@@ -69,10 +60,42 @@ int ReduceOnGrid(const IPointCloud* pointCloud, int resolution, std::vector<int>
             bestScore[slot] = score;
         }
     }
+    kept->clear();
     for (size_t s = 0; s < tableSize; ++s) {
         if (best[s] >= 0) kept->push_back(best[s]);
     }
     std::sort(kept->begin(), kept->end());
+}
+
+/// The subset that the fast samplers sample from: one point per cell of a grid with
+/// cell = diagonal / resolution. Farthest-point and flatness costs grow with the
+/// subset, so a subset still far larger than the samples need (a dense scan at the
+/// default resolution keeps half its points) is thinned by a coarser grid to about
+/// kSubsetPerSample points per sample; that keeps the spread of the cloud at the
+/// spacing of the samples, which is all that sampling can see.
+/// \return the bounding box's status, or RESULT_OK.
+int ReduceOnGrid(const IPointCloud* pointCloud,
+                 int resolution,
+                 int sampleCount,
+                 std::vector<int>* kept) {
+    PointCloudPointList list(pointCloud);
+    Vector3 boxMin, boxMax;
+    const int status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
+    if (status != RESULT_OK) return status;
+    std::vector<double> xyz;
+    CopyPointListCoords(&list, &xyz);
+    double cell = (boxMax - boxMin).Length() / std::min(resolution, kMaxReduceResolution);
+    if (!(cell > REAL_TOL)) {  // all points at one spot
+        kept->assign(1, 0);
+        return RESULT_OK;
+    }
+    GridPass(xyz, boxMin, cell, kept);
+    const double wanted = static_cast<double>(kSubsetPerSample) * sampleCount;
+    if (kept->size() > 2 * wanted) {
+        // Occupied cells of a surface fall with the square of the cell size.
+        cell *= std::sqrt(kept->size() / wanted);
+        GridPass(xyz, boxMin, cell, kept);
+    }
     return RESULT_OK;
 }
 
@@ -105,7 +128,7 @@ int FastUniformSample(const IPointCloud* pointCloud,
             "FastUniformSample: empty pointCloud || sampleCount < 1 || sampleIds == NULL");
     }
     std::vector<int> subset;
-    int status = ReduceOnGrid(pointCloud, resolution, &subset);
+    int status = ReduceOnGrid(pointCloud, resolution, sampleCount, &subset);
     if (status != RESULT_OK) return status;
     const int got = std::min(static_cast<int>(subset.size()), sampleCount);
     PointCloudPointList list(pointCloud);
@@ -142,7 +165,7 @@ int FastGeometrySample(const IPointCloud* pointCloud,
                           "1 || sampleIds == NULL");
     }
     std::vector<int> subset;
-    int status = ReduceOnGrid(pointCloud, resolution, &subset);
+    int status = ReduceOnGrid(pointCloud, resolution, sampleCount, &subset);
     if (status != RESULT_OK) return status;
     const int got = std::min(static_cast<int>(subset.size()), sampleCount);
     PointCloudPointList list(pointCloud);
@@ -242,13 +265,16 @@ int FastCalculateDistanceTol(const IPointCloud* pointCloudRef,
     }
     Ann* ann = refInfo.GetAnn();
     const int k = std::max(1, std::min(neighborCount, ann->GetPointCount()));
-    const int sampleCount = static_cast<int>(ids.size());
-    std::vector<double> query;
-    CopyPointListCoords(&list, &query);
-    std::vector<double> sampleXyz(3 * static_cast<size_t>(sampleCount));
-    for (int s = 0; s < sampleCount; ++s) {
-        for (int a = 0; a < 3; ++a) sampleXyz[3 * s + a] = query[3 * ids[s] + a];
+    // The mean is taken over an evenly strided part of the grid sample when that is
+    // large: the grid already spreads the samples, and a dense scan keeps tens of
+    // thousands of them.
+    const size_t stride = (ids.size() + kToleranceSamples - 1) / kToleranceSamples;
+    std::vector<double> sampleXyz;
+    for (size_t s = 0; s < ids.size(); s += stride) {
+        const Vector3 p = list.GetPointCoord(ids[s]);
+        sampleXyz.insert(sampleXyz.end(), {p.x, p.y, p.z});
     }
+    const int sampleCount = static_cast<int>(sampleXyz.size() / 3);
     std::vector<double> distances(static_cast<size_t>(sampleCount) * k);
     status = ann->FindNearestNeighbors(sampleXyz.data(), sampleCount, k, nullptr, distances.data());
     if (status != RESULT_OK) return status;
