@@ -10,9 +10,9 @@
 #include <mutex>
 #include <vector>
 
-#include <zol/core/Matrix4x4.h>
 #include <zol/registration/AlignFeatureInternal.h>
 #include <zol/registration/AlignHashGridInternal.h>
+#include <zol/registration/AlignNearestMapInternal.h>
 #include <zol/runtime/Ann.h>
 
 namespace ZOL {
@@ -36,8 +36,9 @@ struct CandidateKey {
     }
 };
 
-/// A fully checked candidate: its misses and pose. Candidates compare by misses, then
-/// by triple and rank, which names one winner whatever the order of checking.
+/// A checked candidate: its misses (INT_MAX when dropped) and pose (3 x 4, row-major).
+/// Candidates compare by misses, then by triple and rank, which names one winner
+/// whatever the order of checking.
 struct AlignOutcome {
     int misses = INT_MAX;
     int triple = INT_MAX;
@@ -78,21 +79,24 @@ private:
     int RoundOf(int item) const { return item / mRoundSize; }
     int RoundSize(int round) const;
 
-    mutable std::mutex mLock;
+    std::mutex mLock;
     int mItemCount = 0;
     int mRoundSize = 1;
     int mStopMissCount = 0;
     std::atomic<int> mNext{0};
     std::atomic<int> mStopRound{INT_MAX};
-    std::atomic<int> mDecided{0};        ///< rounds 0 .. mDecided-1 are decided
+    std::atomic<int> mDecided{0};  ///< rounds 0 .. mDecided-1 are decided
     std::atomic<int> mPrefixMisses{INT_MAX};
-    AlignOutcome mPrefix;                ///< best over the decided rounds
+    AlignOutcome mPrefix;  ///< best over the decided rounds
     std::vector<AlignOutcome> mRoundBest;
     std::unique_ptr<std::atomic<int>[]> mRoundMisses;
     std::vector<int> mRoundDone;
 };
 
-/// Everything one AlignPointCloud call works on.
+/// Everything one AlignPointCloud call works on. The search runs on the reduced clouds
+/// (a few hundred points); candidate poses are checked on clouds reduced 2.5 times
+/// finer, whose points lie close enough to each other that their normals agree where
+/// the surfaces meet.
 struct AlignContext {
     // Parameters derived from the accuracy.
     double accuracy = 0.0;
@@ -101,25 +105,27 @@ struct AlignContext {
     int pairBudget = 0;           ///< k2: best pairs extended to triangles
     int verifyPerTriple = 0;      ///< candidates kept per triple (first checked at once)
 
-    AlignCloud ref;
-    AlignCloud from;
+    AlignCloud ref;        ///< reduced ref cloud, smoothed normals
+    AlignCloud from;       ///< reduced from cloud, smoothed normals
+    AlignCloud refCheck;   ///< finer reduction of the ref cloud
+    AlignCloud fromCheck;  ///< finer reduction of the from cloud
     double tol = 1e-15;
     double distTol = 0.0;  ///< 2 tol: check distance and congruence tolerance
 
-    Ann annFieldRef;          ///< ref descriptors
-    AlignHashGrid hashGrid;   ///< ref points, cell 2 distTol
-    std::vector<int> verifyIds;
+    Ann annFieldRef;           ///< ref descriptors
+    AlignHashGrid hashGrid;    ///< ref points, cell 2 distTol
+    AlignNearestMap checkMap;  ///< refCheck points within distTol
+    std::vector<int> verifyIds;  ///< check points, ids of fromCheck
     int verifyCount = 0;
-    std::vector<double> verifyXyz;      ///< check points of the from cloud, 3 each
+    std::vector<double> verifyXyz;      ///< check points, 3 each
     std::vector<double> verifyNormals;  ///< their normals
     std::vector<int> triples;           ///< 3 from ids per base triple
     int stopMissCount = 0;
 
     std::mutex lock;  ///< guards candidateMap
     std::map<CandidateKey, TriPair> candidateMap;
-    std::vector<TriPair> tripleBest;  ///< best triangle per triple, checked at once
-    RoundedBest search;               ///< over triples
-    RoundedBest verification;         ///< over queued candidates
+    RoundedBest search;        ///< over triples
+    RoundedBest verification;  ///< over queued candidates
     std::atomic<bool> failed{false};
     std::atomic<bool> earlyStop{false};
 

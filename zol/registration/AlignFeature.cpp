@@ -1,5 +1,5 @@
-// Reduction of a cloud to a few hundred voxel means for coarse alignment, and the
-// pose-invariant descriptors and border flags of the reduced points.
+// Reduction of a cloud to voxel means with plane-fit normals for coarse alignment, and
+// the pose-invariant descriptors and border flags of the reduced points.
 #include <zol/registration/AlignFeatureInternal.h>
 
 #include <algorithm>
@@ -8,6 +8,7 @@
 
 #include <zol/core/IPointList.h>
 #include <zol/registration/AlignHashGridInternal.h>
+#include <zol/runtime/GeneralMatrixInternal.h>
 
 namespace ZOL {
 
@@ -18,11 +19,13 @@ constexpr int kVoxelEstimatePoints = 20000;
 /// Voxels per axis that a packed key can address (21 bits).
 constexpr double kMaxVoxelsPerAxis = 2000000.0;
 /// Descriptor radii in reduction spacings.
-constexpr double kInnerRadius = 2.5;
-constexpr double kOuterRadius = 5.0;
+constexpr double kDescriptorRadii[2] = {2.0, 4.0};
 /// A point whose outer neighbours' centroid lies this far (in outer radii) from it along
 /// the tangent plane sits at a border.
 constexpr double kBorderOffset = 0.3;
+/// Values kept per voxel: sum x y z, sum of normals, count, then xx xy xz yy yz zz of
+/// the coordinates taken from the cloud's lower corner (small numbers, no cancellation).
+constexpr int kVoxelSums = 13;
 
 /// Packs the voxel of each point into one 64-bit key (21 bits per axis).
 class VoxelKeys {
@@ -41,6 +44,7 @@ public:
         }
         return key;
     }
+    const double* Min() const { return mMin; }
 
 private:
     double mSize;
@@ -58,18 +62,28 @@ public:
     }
     /// \return the slot of \p key, a new one (the count so far) when unseen.
     int Find(uint64_t key) {
-        const size_t mask = mKeys.size() - 1;
-        size_t h = (key * 0x9E3779B97F4A7C15ull) >> 17 & mask;
-        while (mKeys[h] != UINT64_MAX && mKeys[h] != key) h = (h + 1) & mask;
+        const size_t h = Probe(key);
         if (mKeys[h] == UINT64_MAX) {
             mKeys[h] = key;
             mSlots[h] = mCount++;
         }
         return mSlots[h];
     }
+    /// \return the slot of \p key, or -1.
+    int Lookup(uint64_t key) const {
+        const size_t h = Probe(key);
+        return mKeys[h] == UINT64_MAX ? -1 : mSlots[h];
+    }
     int Count() const { return mCount; }
 
 private:
+    size_t Probe(uint64_t key) const {
+        const size_t mask = mKeys.size() - 1;
+        size_t h = (key * 0x9E3779B97F4A7C15ull) >> 17 & mask;
+        while (mKeys[h] != UINT64_MAX && mKeys[h] != key) h = (h + 1) & mask;
+        return h;
+    }
+
     std::vector<uint64_t> mKeys;
     std::vector<int> mSlots;
     int mCount = 0;
@@ -92,12 +106,54 @@ double Diagonal(const std::vector<double>& xyz) {
 int CountVoxels(const std::vector<double>& xyz, double voxelSize) {
     const VoxelKeys keys(xyz, voxelSize);
     const size_t count = xyz.size() / 3;
-    VoxelTable table(std::min<size_t>(count, 1 << 16));
+    VoxelTable table(count);
     for (size_t i = 0; i < count; ++i) table.Find(keys.Key(&xyz[3 * i]));
     return table.Count();
 }
 
+/// Scatter of a set of points from its moments (count, sums, second moments about a
+/// common origin): centroid (about that origin), eigenvalues ascending and the normal.
+struct Scatter {
+    double centroid[3] = {0.0, 0.0, 0.0};
+    double eigenvalues[3] = {0.0, 0.0, 0.0};
+    Vector3 normal;
+    bool valid = false;
+
+    /// \param[in] m count, sum x y z, xx xy xz yy yz zz.
+    explicit Scatter(const double* m) {
+        const double w = m[0];
+        if (w < 3.0) return;
+        for (int a = 0; a < 3; ++a) centroid[a] = m[1 + a] / w;
+        const double* c = centroid;
+        GeneralMatrix3 cov;
+        cov.Init();
+        const double xx = m[4] / w - c[0] * c[0], xy = m[5] / w - c[0] * c[1];
+        const double xz = m[6] / w - c[0] * c[2], yy = m[7] / w - c[1] * c[1];
+        const double yz = m[8] / w - c[1] * c[2], zz = m[9] / w - c[2] * c[2];
+        cov.SetValue(0, 0, xx);
+        cov.SetValue(1, 0, xy);
+        cov.SetValue(2, 0, xz);
+        cov.SetValue(0, 1, xy);
+        cov.SetValue(1, 1, yy);
+        cov.SetValue(2, 1, yz);
+        cov.SetValue(0, 2, xz);
+        cov.SetValue(1, 2, yz);
+        cov.SetValue(2, 2, zz);
+        GeneralMatrixEigenSolver solver;
+        if (solver.ComputeDirect(cov) != 0) return;
+        for (int k = 0; k < 3; ++k) eigenvalues[k] = std::max(0.0, solver.GetEigenValue(k));
+        normal = solver.GetEigenVector(0);
+        valid = eigenvalues[1] > 0.0;
+    }
+};
+
 }  // namespace
+
+void AlignCloud::CopyFlat() {
+    PointCloudPointList list(&cloud);
+    CopyPointListCoords(&list, &xyz);
+    CopyPointListNormals(&list, &normals);
+}
 
 double ChooseVoxelSize(const std::vector<double>& xyz, int targetCount) {
     const double diagonal = Diagonal(xyz);
@@ -105,7 +161,9 @@ double ChooseVoxelSize(const std::vector<double>& xyz, int targetCount) {
     const size_t count = xyz.size() / 3;
     std::vector<double> subset;
     const size_t stride = (count + kVoxelEstimatePoints - 1) / kVoxelEstimatePoints;
-    for (size_t i = 0; i < count; i += stride) subset.insert(subset.end(), &xyz[3 * i], &xyz[3 * i + 3]);
+    for (size_t i = 0; i < count; i += stride) {
+        subset.insert(subset.end(), &xyz[3 * i], &xyz[3 * i + 3]);
+    }
     // Search the size on a log scale, bracketed: the count falls as the size grows.
     const double smallest = diagonal / kMaxVoxelsPerAxis;
     double low = smallest, high = diagonal;
@@ -130,49 +188,91 @@ double ChooseVoxelSize(const std::vector<double>& xyz, int targetCount) {
 void ReduceOnVoxels(const std::vector<double>& xyz,
                     const std::vector<double>& normals,
                     double voxelSize,
-                    PointCloud* out) {
+                    AlignCloud* out) {
     const size_t count = xyz.size() / 3;
     // A cloud far larger than the one the size was chosen for must still fit the keys.
-    const VoxelKeys keys(xyz, std::max(voxelSize, Diagonal(xyz) / kMaxVoxelsPerAxis));
+    const double size = std::max(voxelSize, Diagonal(xyz) / kMaxVoxelsPerAxis);
+    const VoxelKeys keys(xyz, size);
+    const double* origin = keys.Min();
     VoxelTable table(count);
     std::vector<uint64_t> slotKey;
-    std::vector<double> sums;  // x, y, z, nx, ny, nz, count per slot
+    std::vector<double> sums;
     for (size_t i = 0; i < count; ++i) {
         const uint64_t key = keys.Key(&xyz[3 * i]);
         const int slot = table.Find(key);
         if (slot == static_cast<int>(slotKey.size())) {
             slotKey.push_back(key);
-            sums.insert(sums.end(), 7, 0.0);
+            sums.insert(sums.end(), kVoxelSums, 0.0);
         }
-        double* s = &sums[7 * static_cast<size_t>(slot)];
+        double* s = &sums[kVoxelSums * static_cast<size_t>(slot)];
+        const double p[3] = {xyz[3 * i] - origin[0], xyz[3 * i + 1] - origin[1],
+                             xyz[3 * i + 2] - origin[2]};
         for (int a = 0; a < 3; ++a) {
-            s[a] += xyz[3 * i + a];
+            s[a] += p[a];
             s[3 + a] += normals[3 * i + a];
         }
         s[6] += 1.0;
+        s[7] += p[0] * p[0];
+        s[8] += p[0] * p[1];
+        s[9] += p[0] * p[2];
+        s[10] += p[1] * p[1];
+        s[11] += p[1] * p[2];
+        s[12] += p[2] * p[2];
     }
     std::vector<int> order(slotKey.size());
     for (size_t k = 0; k < order.size(); ++k) order[k] = static_cast<int>(k);
     std::sort(order.begin(), order.end(), [&](int l, int r) { return slotKey[l] < slotKey[r]; });
-    *out = PointCloud(true, false, false);
-    out->ReservePoint(static_cast<int>(order.size()));
+
+    out->cloud = PointCloud(true, false, false);
+    out->cloud.ReservePoint(static_cast<int>(order.size()));
+    out->moments.clear();
     for (int slot : order) {
-        const double* s = &sums[7 * static_cast<size_t>(slot)];
+        const double* s = &sums[kVoxelSums * static_cast<size_t>(slot)];
+        // The plane of the 3 x 3 x 3 block: a voxel alone holds too little surface for a
+        // stable normal, and the block is the same wherever the mean lies in the voxel.
+        double block[10] = {};
+        const uint64_t key = slotKey[slot];
+        const int64_t index[3] = {static_cast<int64_t>(key >> 42),
+                                  static_cast<int64_t>((key >> 21) & 0x1FFFFF),
+                                  static_cast<int64_t>(key & 0x1FFFFF)};
+        for (int dx = -1; dx <= 1; ++dx) {
+            for (int dy = -1; dy <= 1; ++dy) {
+                for (int dz = -1; dz <= 1; ++dz) {
+                    const int64_t x = index[0] + dx, y = index[1] + dy, z = index[2] + dz;
+                    if (x < 0 || y < 0 || z < 0) continue;
+                    const int other = table.Lookup(static_cast<uint64_t>(x) << 42 |
+                                                   static_cast<uint64_t>(y) << 21 |
+                                                   static_cast<uint64_t>(z));
+                    if (other < 0) continue;
+                    const double* t = &sums[kVoxelSums * static_cast<size_t>(other)];
+                    block[0] += t[6];
+                    for (int a = 0; a < 3; ++a) block[1 + a] += t[a];
+                    for (int q = 0; q < 6; ++q) block[4 + q] += t[7 + q];
+                }
+            }
+        }
         Vector3 normal(s[3], s[4], s[5]);
         normal.Normalise();
-        out->InsertPoint(Vector3(s[0], s[1], s[2]) / s[6], normal);
+        const Scatter scatter(block);
+        if (scatter.valid) normal = scatter.normal * (scatter.normal * normal < 0.0 ? -1.0 : 1.0);
+        const Vector3 mean(s[0] / s[6] + origin[0], s[1] / s[6] + origin[1],
+                           s[2] / s[6] + origin[2]);
+        out->cloud.InsertPoint(mean, normal);
+        // Moments about the cloud's lower corner, as accumulated.
+        out->moments.insert(out->moments.end(),
+                            {s[6], s[0], s[1], s[2], s[7], s[8], s[9], s[10], s[11], s[12]});
     }
+    out->CopyFlat();
+    for (int a = 0; a < 3; ++a) out->momentOrigin[a] = origin[a];
 }
 
 void DescribeAlignCloud(double spacing, AlignCloud& cloud) {
-    PointCloudPointList list(&cloud.cloud);
-    CopyPointListCoords(&list, &cloud.xyz);
-    CopyPointListNormals(&list, &cloud.normals);
     const int count = cloud.Count();
+    const double* origin = cloud.momentOrigin;
     cloud.descriptors.assign(static_cast<size_t>(count) * kAlignDescriptorDim, 0.0);
     cloud.border.assign(count, 1);
     if (count == 0) return;
-    const double outer = kOuterRadius * spacing, inner = kInnerRadius * spacing;
+    const double outer = kDescriptorRadii[1] * spacing;
     AlignHashGrid grid;
     grid.Build(cloud.xyz.data(), count, outer);
     std::vector<int> ids;
@@ -180,36 +280,48 @@ void DescribeAlignCloud(double spacing, AlignCloud& cloud) {
         const double* p = cloud.Point(i);
         const double* n = cloud.Normal(i);
         grid.FindDistanceNeighbors(p, 0.5 * outer, 0.5 * outer, &ids);
-        double elevation[2] = {0.0, 0.0}, bend[2] = {0.0, 0.0}, used[2] = {0.0, 0.0};
-        double tangent[3] = {0.0, 0.0, 0.0};
-        for (int j : ids) {
-            if (j == i) continue;
-            const double* q = cloud.Point(j);
-            const double* m = cloud.Normal(j);
-            const double d[3] = {q[0] - p[0], q[1] - p[1], q[2] - p[2]};
-            const double length = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
-            if (!(length > 0.0)) continue;
-            const double height = d[0] * n[0] + d[1] * n[1] + d[2] * n[2];
-            const double turn = 1.0 - (n[0] * m[0] + n[1] * m[1] + n[2] * m[2]);
-            for (int a = 0; a < 3; ++a) tangent[a] += d[a] - height * n[a];
-            for (int r = 0; r < 2; ++r) {
-                if (r == 0 && length > inner) continue;
-                elevation[r] += height / length;
-                bend[r] += turn;
-                used[r] += 1.0;
-            }
-        }
         double* desc = &cloud.descriptors[static_cast<size_t>(i) * kAlignDescriptorDim];
+        double tangent[3] = {0.0, 0.0, 0.0};
+        double outerUsed = 0.0;
         for (int r = 0; r < 2; ++r) {
-            if (used[r] > 0.0) {
-                desc[2 * r] = elevation[r] / used[r];
-                desc[2 * r + 1] = bend[r] / used[r];
+            const double radius = kDescriptorRadii[r] * spacing;
+            double elevation = 0.0, bend = 0.0, used = 0.0;
+            double moments[10] = {};
+            for (int j : ids) {
+                const double* q = cloud.Point(j);
+                const double d[3] = {q[0] - p[0], q[1] - p[1], q[2] - p[2]};
+                const double length = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+                if (length > radius) continue;
+                for (int k = 0; k < 10; ++k) moments[k] += cloud.moments[10 * static_cast<size_t>(j) + k];
+                if (j == i || !(length > 0.0)) continue;
+                const double* m = cloud.Normal(j);
+                const double height = d[0] * n[0] + d[1] * n[1] + d[2] * n[2];
+                elevation += height / length;
+                bend += 1.0 - (n[0] * m[0] + n[1] * m[1] + n[2] * m[2]);
+                used += 1.0;
+                if (r == 1) {
+                    for (int a = 0; a < 3; ++a) tangent[a] += d[a] - height * n[a];
+                }
             }
+            if (used > 0.0) {
+                desc[4 * r] = elevation / used;
+                desc[4 * r + 1] = bend / used;
+            }
+            const Scatter scatter(moments);
+            if (scatter.valid) {
+                const double sum = scatter.eigenvalues[0] + scatter.eigenvalues[1] +
+                                   scatter.eigenvalues[2];
+                desc[4 * r + 2] = scatter.eigenvalues[0] / sum;
+                double offset = 0.0;
+                for (int a = 0; a < 3; ++a) offset += (scatter.centroid[a] + origin[a] - p[a]) * n[a];
+                desc[4 * r + 3] = offset / radius;
+            }
+            if (r == 1) outerUsed = used;
         }
-        if (used[1] >= 3.0) {
+        if (outerUsed >= 3.0) {
             const double offset = std::sqrt(tangent[0] * tangent[0] + tangent[1] * tangent[1] +
                                             tangent[2] * tangent[2]) /
-                                  used[1];
+                                  outerUsed;
             cloud.border[i] = offset > kBorderOffset * outer ? 1 : 0;
         }
     }

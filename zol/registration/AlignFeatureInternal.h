@@ -1,6 +1,6 @@
-// What coarse alignment knows about each cloud: the cloud reduced to a few hundred
-// points on a voxel grid, its smoothed normals, per-point shape descriptors that do not
-// change with the pose, and flags for points at the border of a scan. Internal.
+// What coarse alignment knows about each cloud: the cloud reduced on a voxel grid to
+// voxel means with plane-fit normals, per-point shape descriptors that do not change
+// with the pose, and flags for points at the border of a scan. Internal.
 #pragma once
 
 #include <vector>
@@ -9,18 +9,21 @@
 
 namespace ZOL {
 
-/// Components of a descriptor: at two radii, the mean signed elevation angle of the
-/// neighbours over the tangent plane (a curvature with its sign) and the mean normal
-/// deviation (how much the surface bends, whatever the direction).
-constexpr int kAlignDescriptorDim = 4;
+/// Components of a descriptor: at two radii (2 and 4 reduction spacings), the mean
+/// elevation angle of the neighbours over the tangent plane, the mean deviation of their
+/// normals, the surface variation of the neighbourhood (smallest eigenvalue share of its
+/// scatter) and the offset of its centroid along the normal.
+constexpr int kAlignDescriptorDim = 8;
 
 /// A reduced cloud in flat arrays.
 struct AlignCloud {
-    PointCloud cloud;                      ///< reduced points and their normals
-    std::vector<double> xyz;               ///< 3 per point
-    std::vector<double> normals;           ///< 3 per point, unit (or zero)
-    std::vector<double> descriptors;       ///< kAlignDescriptorDim per point
-    std::vector<unsigned char> border;     ///< 1 where the neighbourhood is one-sided
+    PointCloud cloud;                   ///< voxel means and their normals
+    std::vector<double> xyz;            ///< 3 per point
+    std::vector<double> normals;        ///< 3 per point, unit (or zero)
+    std::vector<double> moments;        ///< per point: count, sum x y z, xx xy xz yy yz zz
+    double momentOrigin[3] = {0.0, 0.0, 0.0};  ///< the moments are of p - momentOrigin
+    std::vector<double> descriptors;    ///< kAlignDescriptorDim per point
+    std::vector<unsigned char> border;  ///< 1 where the neighbourhood is one-sided
 
     int Count() const { return static_cast<int>(xyz.size() / 3); }
     const double* Point(int i) const { return &xyz[3 * static_cast<size_t>(i)]; }
@@ -28,6 +31,8 @@ struct AlignCloud {
     const double* Descriptor(int i) const {
         return &descriptors[static_cast<size_t>(i) * kAlignDescriptorDim];
     }
+    /// Copies the cloud's points and normals into the flat arrays.
+    void CopyFlat();
 };
 
 /// The voxel size at which ReduceOnVoxels keeps about \p targetCount of the points
@@ -35,16 +40,18 @@ struct AlignCloud {
 /// points have no extent.
 double ChooseVoxelSize(const std::vector<double>& xyz, int targetCount);
 
-/// Replaces \p out by one point per occupied voxel of size \p voxelSize (> 0): the mean
-/// of its points, with the normalised sum of their normals. Voxels come out in key order.
+/// Replaces \p out by one point per occupied voxel of size \p voxelSize (> 0), in voxel
+/// key order: the mean of its points, with the normal of the plane fitted to the points
+/// of its 3 x 3 x 3 block of voxels, turned to the side of the sum of their normals.
+/// Fills out->cloud, the flat arrays and the moments.
 /// \param[in] xyz, normals 3 per point.
 void ReduceOnVoxels(const std::vector<double>& xyz,
                     const std::vector<double>& normals,
                     double voxelSize,
-                    PointCloud* out);
+                    AlignCloud* out);
 
-/// Copies the (smoothed) reduced cloud into the flat arrays and computes descriptors and
-/// border flags at the scale of the reduction spacing \p spacing.
+/// Computes descriptors and border flags of a reduced cloud from its current normals, at
+/// the scale of the reduction spacing \p spacing.
 void DescribeAlignCloud(double spacing, AlignCloud& cloud);
 
 /// Scales every descriptor component of both clouds by the inverse of its spread over

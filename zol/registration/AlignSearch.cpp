@@ -187,11 +187,10 @@ void VerifyTriPair(const AlignContext& ctx, const TriPair& pair, int bound, Alig
             q[r] = m[4 * r] * p[0] + m[4 * r + 1] * p[1] + m[4 * r + 2] * p[2] + m[4 * r + 3];
             n[r] = m[4 * r] * v[0] + m[4 * r + 1] * v[1] + m[4 * r + 2] * v[2];
         }
-        double d2 = 0.0;
-        const int nearest = ctx.hashGrid.FindNearestWithinHalfCell(q, &d2);
+        const int nearest = ctx.checkMap.Find(q);
         bool miss = nearest < 0;
         if (!miss) {
-            const double* rn = ctx.ref.Normal(nearest);
+            const double* rn = ctx.refCheck.Normal(nearest);
             miss = rn[0] * n[0] + rn[1] * n[1] + rn[2] * n[2] < kNormalAgreement;
         }
         if (miss && ++misses > bound) {

@@ -37,20 +37,20 @@ double SquaredDistance(const double* p, const double* q) {
     return dx * dx + dy * dy + dz * dz;
 }
 
-/// The check points of the from cloud and their normals.
+/// The check points (from the finer from cloud) and their normals.
 int DrawVerificationSamples(AlignContext& ctx) {
-    PointCloudPointList fromList(&ctx.from.cloud);
-    ctx.verifyCount = std::min(ctx.from.Count(), kVerifySampleCount);
+    const AlignCloud& check = ctx.fromCheck;
+    PointCloudPointList checkList(&check.cloud);
+    ctx.verifyCount = std::min(check.Count(), kVerifySampleCount);
     ctx.verifyIds.assign(ctx.verifyCount, 0);
     const int status = SamplePointCloud::_GeometrySamplePointList(
-        &fromList, ctx.verifyCount, ctx.verifyIds.data(), 0.3, 9, 0, SAMPLE_QUALITY_HIGH);
+        &checkList, ctx.verifyCount, ctx.verifyIds.data(), 0.3, 9, 0, SAMPLE_QUALITY_HIGH);
     if (status != RESULT_OK) return status;
     ctx.verifyXyz.clear();
     ctx.verifyNormals.clear();
     for (int id : ctx.verifyIds) {
-        ctx.verifyXyz.insert(ctx.verifyXyz.end(), ctx.from.Point(id), ctx.from.Point(id) + 3);
-        ctx.verifyNormals.insert(
-            ctx.verifyNormals.end(), ctx.from.Normal(id), ctx.from.Normal(id) + 3);
+        ctx.verifyXyz.insert(ctx.verifyXyz.end(), check.Point(id), check.Point(id) + 3);
+        ctx.verifyNormals.insert(ctx.verifyNormals.end(), check.Normal(id), check.Normal(id) + 3);
     }
     return RESULT_OK;
 }

@@ -18,6 +18,8 @@ namespace {
 
 /// tol in voxel sizes of the reduction: check points hit within 2 tol = one voxel.
 constexpr double kTolPerVoxel = 0.5;
+/// The check clouds are reduced this many times finer than the search clouds.
+constexpr double kCheckRefinement = 2.5;
 
 /// Copies coordinates and normals of a cloud into flat arrays.
 /// \return false when one of them is not finite.
@@ -33,18 +35,29 @@ bool CopyFinite(const IPointCloud* pointCloud, std::vector<double>* xyz, std::ve
     return true;
 }
 
-/// Reduces one cloud at \p voxelSize and smooths the normals of the reduction.
+/// Reduces one cloud at \p voxelSize, describes it (on the plane-fit normals, which keep
+/// the shape that smoothing would flatten) and smooths the normals of the reduction;
+/// then reduces it again, finer, for checking candidate poses.
 /// \return RESULT_OK, RESULT_STEP_FAIL for fewer than 3 reduced points, or the
 ///         smoothing's status.
 int ReduceAndSmooth(const std::vector<double>& xyz,
                     const std::vector<double>& normals,
                     double voxelSize,
-                    AlignCloud& cloud) {
+                    AlignCloud& cloud,
+                    AlignCloud& check) {
     if (!(voxelSize > 0.0)) return RESULT_STEP_FAIL;
-    ReduceOnVoxels(xyz, normals, voxelSize, &cloud.cloud);
-    if (cloud.cloud.GetPointCount() < 3) return RESULT_STEP_FAIL;
-    ProgressSuspendScope suspend;
-    return ConsolidatePointCloud::SmoothNormal(&cloud.cloud, 0.25, 9, nullptr);
+    ReduceOnVoxels(xyz, normals, voxelSize, &cloud);
+    if (cloud.Count() < 3) return RESULT_STEP_FAIL;
+    DescribeAlignCloud(voxelSize, cloud);
+    int status;
+    {
+        ProgressSuspendScope suspend;
+        status = ConsolidatePointCloud::SmoothNormal(&cloud.cloud, 0.25, 9, nullptr);
+    }
+    if (status != RESULT_OK) return status;
+    cloud.CopyFlat();
+    ReduceOnVoxels(xyz, normals, voxelSize / kCheckRefinement, &check);
+    return RESULT_OK;
 }
 
 /// Steps 1 to 8 of the worker after the dump record.
@@ -93,23 +106,20 @@ int AlignWorker(const IPointCloud* pointCloudRef,
     // Step 2: reduce both clouds on one voxel size; it also gives tol.
     const int target = static_cast<int>(std::ceil(accuracy * 300) + 200);
     const double voxelSize = ChooseVoxelSize(refXyz, target);
-    int status = ReduceAndSmooth(refXyz, refNormals, voxelSize, ctx.ref);
+    int status = ReduceAndSmooth(refXyz, refNormals, voxelSize, ctx.ref, ctx.refCheck);
     if (status == RESULT_STEP_FAIL) {
         return LogFailure(status, "AlignPointCloud: simplify pointCloudRef failed");
     }
     if (status != RESULT_OK) return status;
-    status = ReduceAndSmooth(fromXyz, fromNormals, voxelSize, ctx.from);
+    status = ReduceAndSmooth(fromXyz, fromNormals, voxelSize, ctx.from, ctx.fromCheck);
     if (status == RESULT_STEP_FAIL) {
         return LogFailure(status, "AlignPointCloud: simplify pointCloudFrom failed");
     }
     if (status != RESULT_OK) return status;
     ctx.tol = std::max(voxelSize * kTolPerVoxel, 1e-15);
-    LogAt(LOG_TRACE, "AlignPointCloud simplifiedRef point count =", ctx.ref.cloud.GetPointCount());
-    LogAt(LOG_TRACE, "AlignPointCloud simplifiedFrom point count =",
-          ctx.from.cloud.GetPointCount());
+    LogAt(LOG_TRACE, "AlignPointCloud simplifiedRef point count =", ctx.ref.Count());
+    LogAt(LOG_TRACE, "AlignPointCloud simplifiedFrom point count =", ctx.from.Count());
     LogAt(LOG_TRACE, "AlignPointCloud: tol =", ctx.tol);
-    DescribeAlignCloud(voxelSize, ctx.ref);
-    DescribeAlignCloud(voxelSize, ctx.from);
     BalanceDescriptors(ctx.ref, ctx.from);
     ctx.distTol = 2.0 * ctx.tol;
     SetProgress(0.05);
@@ -121,6 +131,7 @@ int AlignWorker(const IPointCloud* pointCloudRef,
 
     // Step 5.
     ctx.hashGrid.Build(ctx.ref.xyz.data(), ctx.ref.Count(), 2.0 * ctx.distTol);
+    ctx.checkMap.Build(ctx.refCheck.xyz.data(), ctx.refCheck.Count(), ctx.distTol);
     ctx.stopMissCount = static_cast<int>(ctx.verifyCount * 0.34);
     resultTransform->InitIdentityTransform();
     LogAt(LOG_TRACE, "AlignPointCloud parms.minMissCount =", ctx.verifyCount);
