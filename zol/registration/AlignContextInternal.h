@@ -112,9 +112,9 @@ struct AlignContext {
     double tol = 1e-15;
     double distTol = 0.0;  ///< 2 tol: check distance and congruence tolerance
 
-    Ann annFieldRef;           ///< ref descriptors
-    AlignHashGrid hashGrid;    ///< ref points, cell 2 distTol
-    AlignNearestMap checkMap;  ///< refCheck points within distTol
+    Ann annFieldRef;             ///< ref descriptors
+    AlignHashGrid hashGrid;      ///< ref points, cell 2 distTol
+    AlignNearestMap checkMap;    ///< refCheck points within distTol
     std::vector<int> verifyIds;  ///< check points, ids of fromCheck
     int verifyCount = 0;
     std::vector<double> verifyXyz;      ///< check points, 3 each

@@ -1,5 +1,5 @@
 // Reduction of a cloud to voxel means with plane-fit normals for coarse alignment, and
-// the pose-invariant descriptors and border flags of the reduced points.
+// the curvature descriptors and border flags of the reduced points.
 #include <zol/registration/AlignFeatureInternal.h>
 
 #include <algorithm>
@@ -10,6 +10,8 @@
 #include <zol/registration/AlignHashGridInternal.h>
 #include <zol/runtime/GeneralMatrixInternal.h>
 
+#include <Eigen/Dense>
+
 namespace ZOL {
 
 namespace {
@@ -18,8 +20,11 @@ namespace {
 constexpr int kVoxelEstimatePoints = 20000;
 /// Voxels per axis that a packed key can address (21 bits).
 constexpr double kMaxVoxelsPerAxis = 2000000.0;
-/// Descriptor radii in reduction spacings.
-constexpr double kDescriptorRadii[2] = {2.0, 4.0};
+/// Descriptor radii in reduction spacings, ascending.
+constexpr int kRadiusCount = kAlignDescriptorDim / 2;
+constexpr double kDescriptorRadii[kRadiusCount] = {1.5, 2.0, 2.5, 3.0, 4.0};
+/// Fewer neighbours than this leave a curvature pair at zero.
+constexpr int kMinFitPoints = 8;
 /// A point whose outer neighbours' centroid lies this far (in outer radii) from it along
 /// the tangent plane sits at a border.
 constexpr double kBorderOffset = 0.3;
@@ -225,7 +230,6 @@ void ReduceOnVoxels(const std::vector<double>& xyz,
 
     out->cloud = PointCloud(true, false, false);
     out->cloud.ReservePoint(static_cast<int>(order.size()));
-    out->moments.clear();
     for (int slot : order) {
         const double* s = &sums[kVoxelSums * static_cast<size_t>(slot)];
         // The plane of the 3 x 3 x 3 block: a voxel alone holds too little surface for a
@@ -240,9 +244,9 @@ void ReduceOnVoxels(const std::vector<double>& xyz,
                 for (int dz = -1; dz <= 1; ++dz) {
                     const int64_t x = index[0] + dx, y = index[1] + dy, z = index[2] + dz;
                     if (x < 0 || y < 0 || z < 0) continue;
-                    const int other = table.Lookup(static_cast<uint64_t>(x) << 42 |
-                                                   static_cast<uint64_t>(y) << 21 |
-                                                   static_cast<uint64_t>(z));
+                    const int other =
+                        table.Lookup(static_cast<uint64_t>(x) << 42 |
+                                     static_cast<uint64_t>(y) << 21 | static_cast<uint64_t>(z));
                     if (other < 0) continue;
                     const double* t = &sums[kVoxelSums * static_cast<size_t>(other)];
                     block[0] += t[6];
@@ -258,71 +262,72 @@ void ReduceOnVoxels(const std::vector<double>& xyz,
         const Vector3 mean(s[0] / s[6] + origin[0], s[1] / s[6] + origin[1],
                            s[2] / s[6] + origin[2]);
         out->cloud.InsertPoint(mean, normal);
-        // Moments about the cloud's lower corner, as accumulated.
-        out->moments.insert(out->moments.end(),
-                            {s[6], s[0], s[1], s[2], s[7], s[8], s[9], s[10], s[11], s[12]});
     }
     out->CopyFlat();
-    for (int a = 0; a < 3; ++a) out->momentOrigin[a] = origin[a];
 }
 
 void DescribeAlignCloud(double spacing, AlignCloud& cloud) {
     const int count = cloud.Count();
-    const double* origin = cloud.momentOrigin;
     cloud.descriptors.assign(static_cast<size_t>(count) * kAlignDescriptorDim, 0.0);
     cloud.border.assign(count, 1);
     if (count == 0) return;
-    const double outer = kDescriptorRadii[1] * spacing;
+    const double outer = kDescriptorRadii[kRadiusCount - 1] * spacing;
     AlignHashGrid grid;
     grid.Build(cloud.xyz.data(), count, outer);
     std::vector<int> ids;
+    struct Local {
+        double distance, x, y, z;
+        int id;
+    };
+    std::vector<Local> local;
     for (int i = 0; i < count; ++i) {
         const double* p = cloud.Point(i);
-        const double* n = cloud.Normal(i);
+        const Vector3 n(cloud.Normal(i)[0], cloud.Normal(i)[1], cloud.Normal(i)[2]);
+        Vector3 u = std::abs(n.x) < 0.9 ? Vector3(1, 0, 0).CrossProduct(n)
+                                        : Vector3(0, 1, 0).CrossProduct(n);
+        u.Normalise();
+        const Vector3 v = n.CrossProduct(u);
+        // Neighbours in the tangent frame, in units of the outer radius, nearest first.
         grid.FindDistanceNeighbors(p, 0.5 * outer, 0.5 * outer, &ids);
-        double* desc = &cloud.descriptors[static_cast<size_t>(i) * kAlignDescriptorDim];
-        double tangent[3] = {0.0, 0.0, 0.0};
-        double outerUsed = 0.0;
-        for (int r = 0; r < 2; ++r) {
-            const double radius = kDescriptorRadii[r] * spacing;
-            double elevation = 0.0, bend = 0.0, used = 0.0;
-            double moments[10] = {};
-            for (int j : ids) {
-                const double* q = cloud.Point(j);
-                const double d[3] = {q[0] - p[0], q[1] - p[1], q[2] - p[2]};
-                const double length = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
-                if (length > radius) continue;
-                for (int k = 0; k < 10; ++k) moments[k] += cloud.moments[10 * static_cast<size_t>(j) + k];
-                if (j == i || !(length > 0.0)) continue;
-                const double* m = cloud.Normal(j);
-                const double height = d[0] * n[0] + d[1] * n[1] + d[2] * n[2];
-                elevation += height / length;
-                bend += 1.0 - (n[0] * m[0] + n[1] * m[1] + n[2] * m[2]);
-                used += 1.0;
-                if (r == 1) {
-                    for (int a = 0; a < 3; ++a) tangent[a] += d[a] - height * n[a];
-                }
-            }
-            if (used > 0.0) {
-                desc[4 * r] = elevation / used;
-                desc[4 * r + 1] = bend / used;
-            }
-            const Scatter scatter(moments);
-            if (scatter.valid) {
-                const double sum = scatter.eigenvalues[0] + scatter.eigenvalues[1] +
-                                   scatter.eigenvalues[2];
-                desc[4 * r + 2] = scatter.eigenvalues[0] / sum;
-                double offset = 0.0;
-                for (int a = 0; a < 3; ++a) offset += (scatter.centroid[a] + origin[a] - p[a]) * n[a];
-                desc[4 * r + 3] = offset / radius;
-            }
-            if (r == 1) outerUsed = used;
+        local.clear();
+        double tangent[2] = {0.0, 0.0};
+        for (int j : ids) {
+            const double* q = cloud.Point(j);
+            const Vector3 d(q[0] - p[0], q[1] - p[1], q[2] - p[2]);
+            local.push_back({d.Length() / outer, d * u / outer, d * v / outer, d * n / outer, j});
+            tangent[0] += local.back().x;
+            tangent[1] += local.back().y;
         }
-        if (outerUsed >= 3.0) {
-            const double offset = std::sqrt(tangent[0] * tangent[0] + tangent[1] * tangent[1] +
-                                            tangent[2] * tangent[2]) /
-                                  outerUsed;
-            cloud.border[i] = offset > kBorderOffset * outer ? 1 : 0;
+        std::sort(local.begin(), local.end(), [](const Local& l, const Local& r) {
+            return l.distance != r.distance ? l.distance < r.distance : l.id < r.id;
+        });
+        // One pass grows the normal equations of z = a x^2 + b xy + c y^2 + d x + e y + f
+        // radius by radius; the Hessian's eigenvalues are the principal curvatures.
+        Eigen::Matrix<double, 6, 6> normal = Eigen::Matrix<double, 6, 6>::Zero();
+        Eigen::Matrix<double, 6, 1> right = Eigen::Matrix<double, 6, 1>::Zero();
+        size_t next = 0;
+        double* desc = &cloud.descriptors[static_cast<size_t>(i) * kAlignDescriptorDim];
+        for (int r = 0; r < kRadiusCount; ++r) {
+            const double radius = kDescriptorRadii[r] / kDescriptorRadii[kRadiusCount - 1];
+            for (; next < local.size() && local[next].distance <= radius; ++next) {
+                const Local& l = local[next];
+                Eigen::Matrix<double, 6, 1> row;
+                row << l.x * l.x, l.x * l.y, l.y * l.y, l.x, l.y, 1.0;
+                normal.selfadjointView<Eigen::Lower>().rankUpdate(row);
+                right += row * l.z;
+            }
+            if (next < static_cast<size_t>(kMinFitPoints)) continue;
+            const Eigen::Matrix<double, 6, 1> c =
+                normal.selfadjointView<Eigen::Lower>().ldlt().solve(right);
+            if (!c.allFinite()) continue;
+            const double mean = c[0] + c[2];
+            const double spread = std::sqrt((c[0] - c[2]) * (c[0] - c[2]) + c[1] * c[1]);
+            desc[2 * r] = (mean + spread) * radius;
+            desc[2 * r + 1] = (mean - spread) * radius;
+        }
+        if (local.size() > 3) {
+            const double offset = std::sqrt(tangent[0] * tangent[0] + tangent[1] * tangent[1]);
+            cloud.border[i] = offset / (local.size() - 1) > kBorderOffset ? 1 : 0;
         }
     }
 }

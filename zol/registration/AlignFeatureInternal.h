@@ -1,5 +1,5 @@
 // What coarse alignment knows about each cloud: the cloud reduced on a voxel grid to
-// voxel means with plane-fit normals, per-point shape descriptors that do not change
+// voxel means with plane-fit normals, per-point curvature descriptors that do not change
 // with the pose, and flags for points at the border of a scan. Internal.
 #pragma once
 
@@ -9,19 +9,17 @@
 
 namespace ZOL {
 
-/// Components of a descriptor: at two radii (2 and 4 reduction spacings), the mean
-/// elevation angle of the neighbours over the tangent plane, the mean deviation of their
-/// normals, the surface variation of the neighbourhood (smallest eigenvalue share of its
-/// scatter) and the offset of its centroid along the normal.
-constexpr int kAlignDescriptorDim = 8;
+/// Components of a descriptor: the two principal curvatures, times the radius, of the
+/// quadric height field fitted around the point in its tangent frame, at five radii (1.5,
+/// 2, 2.5, 3 and 4 reduction spacings). The fit has linear terms, so a tilted normal or a
+/// neighbourhood cut off by the border of a scan bends the values little.
+constexpr int kAlignDescriptorDim = 10;
 
 /// A reduced cloud in flat arrays.
 struct AlignCloud {
     PointCloud cloud;                   ///< voxel means and their normals
     std::vector<double> xyz;            ///< 3 per point
     std::vector<double> normals;        ///< 3 per point, unit (or zero)
-    std::vector<double> moments;        ///< per point: count, sum x y z, xx xy xz yy yz zz
-    double momentOrigin[3] = {0.0, 0.0, 0.0};  ///< the moments are of p - momentOrigin
     std::vector<double> descriptors;    ///< kAlignDescriptorDim per point
     std::vector<unsigned char> border;  ///< 1 where the neighbourhood is one-sided
 
@@ -43,7 +41,7 @@ double ChooseVoxelSize(const std::vector<double>& xyz, int targetCount);
 /// Replaces \p out by one point per occupied voxel of size \p voxelSize (> 0), in voxel
 /// key order: the mean of its points, with the normal of the plane fitted to the points
 /// of its 3 x 3 x 3 block of voxels, turned to the side of the sum of their normals.
-/// Fills out->cloud, the flat arrays and the moments.
+/// Fills out->cloud and the flat arrays.
 /// \param[in] xyz, normals 3 per point.
 void ReduceOnVoxels(const std::vector<double>& xyz,
                     const std::vector<double>& normals,

@@ -98,8 +98,8 @@ void AlignHashGrid::FindDistanceNeighbors(const double* center,
 void AlignHashGrid::CellRange(int ix, int iy, int iz, int* begin, int* end) const {
     const unsigned b = Bucket(ix, iy, iz);
     int lo = mBucketStart[b], hi = mBucketStart[b + 1];
-    while (lo < hi && std::tie(mEntries[lo].ix, mEntries[lo].iy, mEntries[lo].iz) <
-                          std::tie(ix, iy, iz)) {
+    while (lo < hi &&
+           std::tie(mEntries[lo].ix, mEntries[lo].iy, mEntries[lo].iz) < std::tie(ix, iy, iz)) {
         ++lo;
     }
     int stop = lo;

@@ -42,11 +42,8 @@ struct TriangleCandidate {
 
 /// The ref triangles congruent to the from triple (a, b, c), ascending score.
 /// \return RESULT_OK or the descriptor index's status.
-int FindCongruentTriangleMap(const AlignContext& ctx,
-                             int a,
-                             int b,
-                             int c,
-                             std::vector<TriangleCandidate>* triangles) {
+int FindCongruentTriangleMap(
+    const AlignContext& ctx, int a, int b, int c, std::vector<TriangleCandidate>* triangles) {
     const AlignCloud& ref = ctx.ref;
     const AlignCloud& from = ctx.from;
     const double lab = Distance(from.Point(a), from.Point(b));
@@ -72,7 +69,8 @@ int FindCongruentTriangleMap(const AlignContext& ctx,
         const double descA = DescriptorDistance(from.Descriptor(a), ref.Descriptor(ra));
         for (int rb : shell) {
             if (rb == ra) continue;
-            const double score = descA + DescriptorDistance(from.Descriptor(b), ref.Descriptor(rb)) +
+            const double score = descA +
+                                 DescriptorDistance(from.Descriptor(b), ref.Descriptor(rb)) +
                                  std::abs(nab - Distance(ref.Normal(ra), ref.Normal(rb)));
             pairs.push_back({score, ra, rb});
         }
@@ -93,10 +91,10 @@ int FindCongruentTriangleMap(const AlignContext& ctx,
             if (!(std::abs(Distance(ref.Point(rc), ref.Point(pair.rb)) - lbc) < ctx.distTol)) {
                 continue;
             }
-            const double score =
-                DescriptorDistance(from.Descriptor(c), ref.Descriptor(rc)) +
-                std::abs(nbc - Distance(ref.Normal(rc), ref.Normal(pair.rb))) + pair.score +
-                std::abs(nca - Distance(ref.Normal(rc), ref.Normal(pair.ra)));
+            const double score = DescriptorDistance(from.Descriptor(c), ref.Descriptor(rc)) +
+                                 std::abs(nbc - Distance(ref.Normal(rc), ref.Normal(pair.rb))) +
+                                 pair.score +
+                                 std::abs(nca - Distance(ref.Normal(rc), ref.Normal(pair.ra)));
             triangles->push_back({score, pair.ra, pair.rb, rc});
         }
     }
@@ -142,7 +140,8 @@ int RoundedBest::Bound(int item) const {
     // earlier one (or the start), so the bound never drops below the true best of the
     // rounds up to this one; a stale read only prunes less.
     int bound = mPrefixMisses.load();
-    for (int r = mDecided.load(); r <= RoundOf(item); ++r) bound = std::min(bound, mRoundMisses[r].load());
+    for (int r = mDecided.load(); r <= RoundOf(item); ++r)
+        bound = std::min(bound, mRoundMisses[r].load());
     return bound;
 }
 
@@ -217,8 +216,7 @@ int FindCongruent(AlignContext& ctx, int triple) {
         const TriangleCandidate& best = triangles[0];
         const TriPair pair = {{best.ra, best.rb, best.rc}, {a, b, c}};
         VerifyTriPair(ctx, pair, ctx.search.Bound(triple), &outcome);
-        const int queued =
-            std::min(static_cast<int>(triangles.size()), ctx.verifyPerTriple);
+        const int queued = std::min(static_cast<int>(triangles.size()), ctx.verifyPerTriple);
         std::lock_guard<std::mutex> guard(ctx.lock);
         for (int rank = 1; rank < queued; ++rank) {
             const TriangleCandidate& t = triangles[rank];

@@ -70,8 +70,8 @@ public:
         } else {
             status = ConstructTripleBase(ctx);
             if (status == RESULT_OK) {
-                status = ctx.annFieldRef.Init(
-                    ctx.ref.descriptors.data(), ctx.ref.Count(), kAlignDescriptorDim);
+                status = ctx.annFieldRef.Init(ctx.ref.descriptors.data(), ctx.ref.Count(),
+                                              kAlignDescriptorDim);
             }
         }
         if (status != RESULT_OK) ctx.failed = true;
@@ -184,7 +184,8 @@ int LeadingVertex(const AlignContext& ctx, const std::vector<double>& mean, cons
 int ConstructTripleBase(AlignContext& ctx) {
     const int fromCount = ctx.from.Count();
     if (fromCount < 3) {
-        return LogFailure(RESULT_FAIL, "AlignPointCloud:ConstructTripleBase: point count is too small");
+        return LogFailure(RESULT_FAIL,
+                          "AlignPointCloud:ConstructTripleBase: point count is too small");
     }
     const int wanted = static_cast<int>(
         std::lround(kTripleSamplesLow + (kTripleSamplesHigh - kTripleSamplesLow) * ctx.accuracy));
@@ -194,7 +195,8 @@ int ConstructTripleBase(AlignContext& ctx) {
     const int status = SamplePointCloud::_GeometrySamplePointList(
         &fromList, sampleCount, ids.data(), 0.3, 9, 0, SAMPLE_QUALITY_LOW);
     if (status != RESULT_OK) {
-        return LogFailure(status, "AlignPointCloud:ConstructTripleBase: UniformSample failed: ", status);
+        return LogFailure(status,
+                          "AlignPointCloud:ConstructTripleBase: UniformSample failed: ", status);
     }
     // Border points of a scan have one-sided descriptors: leave them out while enough
     // points remain.
@@ -208,8 +210,8 @@ int ConstructTripleBase(AlignContext& ctx) {
     double spread2 = 0.0;
     for (int i = 0; i < n; ++i) {
         for (int j = i + 1; j < n; ++j) {
-            spread2 = std::max(spread2, SquaredDistance(ctx.from.Point(vertices[i]),
-                                                        ctx.from.Point(vertices[j])));
+            spread2 = std::max(
+                spread2, SquaredDistance(ctx.from.Point(vertices[i]), ctx.from.Point(vertices[j])));
         }
     }
     const double maxSide2 = kMaxSideShare * kMaxSideShare * spread2;
@@ -221,7 +223,8 @@ int ConstructTripleBase(AlignContext& ctx) {
     std::vector<Triple> all;
     for (int i = 0; i < n; ++i) {
         for (int j = i + 1; j < n; ++j) {
-            const double ij = SquaredDistance(ctx.from.Point(vertices[i]), ctx.from.Point(vertices[j]));
+            const double ij =
+                SquaredDistance(ctx.from.Point(vertices[i]), ctx.from.Point(vertices[j]));
             if (ij > maxSide2 || ij < minSide2) continue;
             for (int k = j + 1; k < n; ++k) {
                 const double jk =
@@ -266,14 +269,14 @@ int RunPrepareAlignFree(AlignContext& ctx) {
         // The samplers are library steps of their own; their progress must not show.
         ProgressSuspendScope suspend;
         status = RunTasks(
-            2,
-            [&ctx](int t, int n) -> TaskBase* { return new PrepareAlignFreeMT(&ctx, t, n); },
+            2, [&ctx](int t, int n) -> TaskBase* { return new PrepareAlignFreeMT(&ctx, t, n); },
             {"AlignPointCloud init thread init failed",
              "AlignPointCloud: Init ThreadPool InsertTask Failed "},
             2);
     }
     if (status != RESULT_OK) return status;
-    if (ctx.failed) return LogFailure(RESULT_STEP_FAIL, "AlignPointCloud: PrepareAlignFreeMT failed");
+    if (ctx.failed)
+        return LogFailure(RESULT_STEP_FAIL, "AlignPointCloud: PrepareAlignFreeMT failed");
     return RESULT_OK;
 }
 
@@ -294,8 +297,7 @@ int RunFindCongruent(AlignContext& ctx) {
         }
     } else {
         const int status = RunTasks(
-            threads,
-            [&ctx](int t, int n) -> TaskBase* { return new FindCongruentMT(&ctx, t, n); },
+            threads, [&ctx](int t, int n) -> TaskBase* { return new FindCongruentMT(&ctx, t, n); },
             {"AlignPointCloud", "AlignPointCloud: ThreadPool InsertTask Failed "});
         if (status != RESULT_OK) return status;
         if (ctx.failed) return LogFailure(RESULT_STEP_FAIL, "AlignPointCloud FindCongruent Failed");
@@ -325,12 +327,12 @@ int RunVerifyTriPairMap(AlignContext& ctx) {
         }
         return RESULT_OK;
     }
-    const int status = RunTasks(
-        threads,
-        [&ctx, &queued](int t, int n) -> TaskBase* {
-            return new VerifyTriPairMapMT(&ctx, &queued, t, n);
-        },
-        {"AlignPointCloud", "AlignPointCloud: ThreadPool InsertTask Failed "});
+    const int status =
+        RunTasks(threads,
+                 [&ctx, &queued](int t, int n) -> TaskBase* {
+                     return new VerifyTriPairMapMT(&ctx, &queued, t, n);
+                 },
+                 {"AlignPointCloud", "AlignPointCloud: ThreadPool InsertTask Failed "});
     if (status != RESULT_OK) return status;
     if (ctx.failed) return LogFailure(RESULT_STEP_FAIL, "AlignPointCloud VerifyTriPairMap Failed");
     return RESULT_OK;

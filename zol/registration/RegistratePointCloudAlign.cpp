@@ -23,7 +23,9 @@ constexpr double kCheckRefinement = 2.5;
 
 /// Copies coordinates and normals of a cloud into flat arrays.
 /// \return false when one of them is not finite.
-bool CopyFinite(const IPointCloud* pointCloud, std::vector<double>* xyz, std::vector<double>* normals) {
+bool CopyFinite(const IPointCloud* pointCloud,
+                std::vector<double>* xyz,
+                std::vector<double>* normals) {
     PointCloudPointList list(pointCloud);
     CopyPointListCoords(&list, xyz);
     CopyPointListNormals(&list, normals);
@@ -83,8 +85,8 @@ int AlignWorker(const IPointCloud* pointCloudRef,
         return LogFailure(RESULT_INVALID_INPUT, "invalid accuracy: ", accuracy);
     }
     if (maxSampleTripleCount < 1) {
-        return LogFailure(RESULT_INVALID_INPUT, "AlignPointCloud invalid maxSampleTripleCount:",
-                          maxSampleTripleCount);
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "AlignPointCloud invalid maxSampleTripleCount:", maxSampleTripleCount);
     }
     std::vector<double> refXyz, refNormals, fromXyz, fromNormals;
     if (!CopyFinite(pointCloudRef, &refXyz, &refNormals)) {

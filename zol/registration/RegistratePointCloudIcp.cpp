@@ -139,8 +139,8 @@ void RunTry(const IcpWork& work, Ann& refAnn, IcpState& state, Matrix4x4& result
         for (int s = 0; s < n; ++s) pose.Apply(&work.fromXyz[3 * s], &moved[3 * s]);
         if (refAnn.FindNearestNeighbors(moved.data(), n, 1, nearest.data(),
                                         nearestDistance.data()) != RESULT_OK) {
-            LogAt(LOG_FAILURE, "ICPRegistrateWithNormal Ann::FindNearestNeighbors failed, itrId=",
-                  it);
+            LogAt(LOG_FAILURE,
+                  "ICPRegistrateWithNormal Ann::FindNearestNeighbors failed, itrId=", it);
             continue;
         }
         accepted.clear();
@@ -203,9 +203,9 @@ void RunTry(const IcpWork& work, Ann& refAnn, IcpState& state, Matrix4x4& result
         }
         LeastSquareGeneralLDLSolver solver;
         if (solver.Factorize(a) != RESULT_OK) {
-            LogAt(LOG_FAILURE,
-                  "ICPRegistrateWithNormal LeastSquareGeneralLDLSolver Factorize failed, itrId=",
-                  it);
+            LogAt(
+                LOG_FAILURE,
+                "ICPRegistrateWithNormal LeastSquareGeneralLDLSolver Factorize failed, itrId=", it);
             continue;
         }
         std::vector<double> x;
@@ -216,8 +216,8 @@ void RunTry(const IcpWork& work, Ann& refAnn, IcpState& state, Matrix4x4& result
         }
         const Matrix4x4 delta = DeltaTransform(x);
         LogAt(LOG_TRACE, "ICPRegistrateWithNormal deltaTransform itrId=", it,
-              " tol=", std::sqrt(limit2), " angle: ",
-              std::sqrt(x[0] * x[0] + x[1] * x[1] + x[2] * x[2]) / ONE_RADIAN);
+              " tol=", std::sqrt(limit2),
+              " angle: ", std::sqrt(x[0] * x[0] + x[1] * x[1] + x[2] * x[2]) / ONE_RADIAN);
         result = delta * result;
         state.current = delta * state.current;
         const double tx = std::abs(x[3]), ty = std::abs(x[4]), tz = std::abs(x[5]);
@@ -242,7 +242,8 @@ int PrepareIcp(const IPointCloud* pointCloudRef,
                IcpWork& work) {
     double time = Profiler::GetTime();
     int status = refInfo.InitAnn(pointCloudRef, 3);
-    if (status != RESULT_OK) return LogFailure(status, "ICPRegistrateWithNormal Ann initialize failed");
+    if (status != RESULT_OK)
+        return LogFailure(status, "ICPRegistrateWithNormal Ann initialize failed");
     LogAt(LOG_TRACE, "ICPRegistrateWithNormal ann init time: ", Profiler::GetTime() - time);
     SetProgress(0.2);
 
@@ -259,8 +260,8 @@ int PrepareIcp(const IPointCloud* pointCloudRef,
         ids.assign(fromSampleIds, fromSampleIds + count);
         for (int id : ids) {
             if (id < 0 || id >= fromCount) {
-                return LogFailure(
-                    RESULT_INVALID_INPUT, "ICPRegistrateWithNormal invalid fromSampleIds: ", id);
+                return LogFailure(RESULT_INVALID_INPUT,
+                                  "ICPRegistrateWithNormal invalid fromSampleIds: ", id);
             }
         }
     } else {
@@ -298,8 +299,8 @@ int PrepareIcp(const IPointCloud* pointCloudRef,
         if (status != RESULT_OK) return status;
     }
     work.tol = std::max(tol, 1e-15);
-    LogAt(LOG_TRACE, "ICPRegistrateWithNormal CalculateDistanceTol time: ",
-          Profiler::GetTime() - time);
+    LogAt(LOG_TRACE,
+          "ICPRegistrateWithNormal CalculateDistanceTol time: ", Profiler::GetTime() - time);
     SetProgress(0.6);
     return RESULT_OK;
 }
@@ -315,19 +316,8 @@ int RegistratePointCloud::ICPRegistrate(const IPointCloud* pointCloudRef,
                                         bool hasNormal) {
     PointCloudInfo refInfo;
     PointCloudInfo fromInfo;
-    return _ICPRegistrate(pointCloudRef,
-                          refInfo,
-                          refMarks,
-                          pointCloudFrom,
-                          fromInfo,
-                          fromMarks,
-                          resultTransform,
-                          initTransform,
-                          hasNormal,
-                          0,
-                          nullptr,
-                          nullptr,
-                          10);
+    return _ICPRegistrate(pointCloudRef, refInfo, refMarks, pointCloudFrom, fromInfo, fromMarks,
+                          resultTransform, initTransform, hasNormal, 0, nullptr, nullptr, 10);
 }
 
 int RegistratePointCloud::_ICPRegistrate(const IPointCloud* pointCloudRef,
@@ -360,8 +350,8 @@ int RegistratePointCloud::_ICPRegistrate(const IPointCloud* pointCloudRef,
                           "ICPRegistrateWithNormal hasNormal == true but a cloud has no normal");
     }
     if (distanceTol && !(*distanceTol >= 0.0 && std::isfinite(*distanceTol))) {
-        return LogFailure(
-            RESULT_INVALID_INPUT, "ICPRegistrateWithNormal invalid distanceTol: ", *distanceTol);
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "ICPRegistrateWithNormal invalid distanceTol: ", *distanceTol);
     }
     IcpWork work;
     work.hasNormal = hasNormal;

@@ -117,7 +117,8 @@ int FastUniformSample(const IPointCloud* pointCloud,
                       std::vector<int>* sampleIds,
                       int resolution) {
     if (resolution < 1) {
-        return LogFailure(RESULT_INVALID_INPUT, "FastUniformSample: invalid resolution ", resolution);
+        return LogFailure(RESULT_INVALID_INPUT, "FastUniformSample: invalid resolution ",
+                          resolution);
     }
     if (pointCloud == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT, "FastUniformSample: pointCloud is NULL");
@@ -136,8 +137,8 @@ int FastUniformSample(const IPointCloud* pointCloud,
     std::vector<int> picked(got);
     {
         ProgressSuspendScope suspend;
-        status = SamplePointCloud::_UniformSamplePointList(
-            &reduced, got, picked.data(), 0, SAMPLE_QUALITY_LOW);
+        status = SamplePointCloud::_UniformSamplePointList(&reduced, got, picked.data(), 0,
+                                                           SAMPLE_QUALITY_LOW);
     }
     if (status != RESULT_OK) return status;
     FillAndMapBack(subset, picked, got, sampleCount, sampleIds);
@@ -152,8 +153,8 @@ int FastGeometrySample(const IPointCloud* pointCloud,
                        int neighborCount,
                        int flag) {
     if (resolution < 1) {
-        return LogFailure(
-            RESULT_INVALID_INPUT, "FastGeometrySample: invalid resolution ", resolution);
+        return LogFailure(RESULT_INVALID_INPUT, "FastGeometrySample: invalid resolution ",
+                          resolution);
     }
     if (pointCloud == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT, "FastGeometrySample: pointCloud is NULL");
@@ -173,12 +174,8 @@ int FastGeometrySample(const IPointCloud* pointCloud,
     std::vector<int> picked(got);
     {
         ProgressSuspendScope suspend;
-        status = SamplePointCloud::_GeometrySamplePointList(&reduced,
-                                                            got,
-                                                            picked.data(),
-                                                            sharpPercent,
-                                                            neighborCount,
-                                                            0,
+        status = SamplePointCloud::_GeometrySamplePointList(&reduced, got, picked.data(),
+                                                            sharpPercent, neighborCount, 0,
                                                             static_cast<SampleQuality>(flag));
     }
     if (status != RESULT_OK) return status;
@@ -198,8 +195,8 @@ int ComputeSamplePointNormal(const IPointCloud* pointCloud,
     const int pointCount = pointCloud->GetPointCount();
     for (int i = 0; i < sampleCount; ++i) {
         if (sampleIds[i] < 0 || sampleIds[i] >= pointCount) {
-            return LogFailure(
-                RESULT_INVALID_INPUT, "ComputeSamplePointNormal: invalid sample id ", sampleIds[i]);
+            return LogFailure(RESULT_INVALID_INPUT, "ComputeSamplePointNormal: invalid sample id ",
+                              sampleIds[i]);
         }
     }
     int status = pointCloudInfo.InitAnn(pointCloud, kSampleNormalNeighbors);
@@ -212,18 +209,17 @@ int ComputeSamplePointNormal(const IPointCloud* pointCloud,
     const auto body = [&](int t, int n) {
         const int end = SliceBegin(sampleCount, t + 1, n);
         for (int i = SliceBegin(sampleCount, t, n); i < end; ++i) {
-            const int code = EstimatePointNormal(
-                cloud, pointCloudInfo, sampleIds[i], kSampleNormalNeighbors, result[i]);
+            const int code = EstimatePointNormal(cloud, pointCloudInfo, sampleIds[i],
+                                                 kSampleNormalNeighbors, result[i]);
             // A sample whose neighbours span no plane keeps a zero normal and adds no
             // pull; only a failed neighbour read fails the step.
             if (code != RESULT_OK && code != RESULT_FAIL) failures[t] = code;
         }
     };
     if (sampleCount > 0) {
-        status = ParallelFor(static_cast<int>(failures.size()),
-                             body,
-                             {"ComputeSamplePointNormal",
-                              "ComputeSamplePointNormal: ThreadPool InsertTask Failed"});
+        status = ParallelFor(
+            static_cast<int>(failures.size()), body,
+            {"ComputeSamplePointNormal", "ComputeSamplePointNormal: ThreadPool InsertTask Failed"});
         if (status != RESULT_OK) return status;
     }
     for (int code : failures) {
@@ -250,7 +246,8 @@ int FastCalculateDistanceTol(const IPointCloud* pointCloudRef,
     if (status != RESULT_OK) return status;
     const double resolution = (boxMax - boxMin).Length() / 200.0;
     if (resolution < REAL_TOL) {
-        return LogFailure(RESULT_FAIL, "FastCalculateDistanceTol: pointCloudRef is a singular point");
+        return LogFailure(RESULT_FAIL,
+                          "FastCalculateDistanceTol: pointCloudRef is a singular point");
     }
     std::vector<int> ids;
     {

@@ -38,8 +38,8 @@ void AlignPointPairCore(const Vector3* pointsRef,
                         const Matrix4x4* initTransform,
                         Matrix4x4& resultTransform) {
     if (count == 1) {
-        const Vector3 from = initTransform ? initTransform->TransformPoint(pointsFrom[0])
-                                           : pointsFrom[0];
+        const Vector3 from =
+            initTransform ? initTransform->TransformPoint(pointsFrom[0]) : pointsFrom[0];
         resultTransform = Translation(pointsRef[0] - from);
         return;
     }
@@ -68,8 +68,8 @@ void AlignPointPairCore(const Vector3* pointsRef,
     const Vector3 normalRef =
         centerRef + (pointsRef[0] - centerRef).CrossProduct(pointsRef[1] - centerRef);
     Matrix4x4 rotation;
-    rotation.GenerateLShapeRotation(
-        centerFrom, pointsFrom[0], normalFrom, centerRef, pointsRef[0], normalRef);
+    rotation.GenerateLShapeRotation(centerFrom, pointsFrom[0], normalFrom, centerRef, pointsRef[0],
+                                    normalRef);
     resultTransform = Translation(centerRef) * rotation * Translation(-centerFrom);
 }
 
@@ -98,11 +98,8 @@ int RegistratePointCloud::_AlignPointPair(const std::vector<Vector3>& pointsRef,
                               "RegistratePointCloud::_AlignPointPair: non-finite point");
         }
     }
-    AlignPointPairCore(pointsRef.data(),
-                       pointsFrom.data(),
-                       static_cast<int>(pointsRef.size()),
-                       initTransform,
-                       *resultTransform);
+    AlignPointPairCore(pointsRef.data(), pointsFrom.data(), static_cast<int>(pointsRef.size()),
+                       initTransform, *resultTransform);
     return RESULT_OK;
 }
 
