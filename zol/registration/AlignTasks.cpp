@@ -73,6 +73,7 @@ public:
                 status = ctx.annFieldRef.Init(ctx.ref.descriptors.data(), ctx.ref.Count(),
                                               kAlignDescriptorDim);
             }
+            ctx.checkMap.Build(ctx.refCheck.xyz.data(), ctx.refCheck.Count(), ctx.distTol);
         }
         if (status != RESULT_OK) ctx.failed = true;
     }

@@ -10,6 +10,7 @@
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
+#include <zol/runtime/ParallelInternal.h>
 #include <zol/runtime/Profiler.h>
 
 namespace ZOL {
@@ -51,11 +52,7 @@ int ReduceAndSmooth(const std::vector<double>& xyz,
     ReduceOnVoxels(xyz, normals, voxelSize, &cloud);
     if (cloud.Count() < 3) return RESULT_STEP_FAIL;
     DescribeAlignCloud(voxelSize, cloud);
-    int status;
-    {
-        ProgressSuspendScope suspend;
-        status = ConsolidatePointCloud::SmoothNormal(&cloud.cloud, 0.25, 9, nullptr);
-    }
+    const int status = ConsolidatePointCloud::SmoothNormal(&cloud.cloud, 0.25, 9, nullptr);
     if (status != RESULT_OK) return status;
     cloud.CopyFlat();
     ReduceOnVoxels(xyz, normals, voxelSize / kCheckRefinement, &check);
@@ -105,19 +102,34 @@ int AlignWorker(const IPointCloud* pointCloudRef,
     ctx.pairBudget = static_cast<int>(std::ceil(accuracy * 35) + 15);
     ctx.verifyPerTriple = static_cast<int>(std::ceil(accuracy * 12) + 3);
 
-    // Step 2: reduce both clouds on one voxel size; it also gives tol.
+    // Step 2: reduce both clouds on one voxel size (which also gives tol), one cloud per
+    // task; the smoothing is a library step whose progress must not show.
     const int target = static_cast<int>(std::ceil(accuracy * 300) + 200);
     const double voxelSize = ChooseVoxelSize(refXyz, target);
-    int status = ReduceAndSmooth(refXyz, refNormals, voxelSize, ctx.ref, ctx.refCheck);
-    if (status == RESULT_STEP_FAIL) {
-        return LogFailure(status, "AlignPointCloud: simplify pointCloudRef failed");
+    const std::vector<double>* inputs[2][2] = {{&refXyz, &refNormals}, {&fromXyz, &fromNormals}};
+    AlignCloud* outputs[2][2] = {{&ctx.ref, &ctx.refCheck}, {&ctx.from, &ctx.fromCheck}};
+    int reduced[2] = {RESULT_OK, RESULT_OK};
+    const auto reduce = [&](int t, int n) {
+        for (int c = t; c < 2; c += n) {
+            reduced[c] = ReduceAndSmooth(*inputs[c][0], *inputs[c][1], voxelSize, *outputs[c][0],
+                                         *outputs[c][1]);
+        }
+    };
+    int status;
+    {
+        ProgressSuspendScope suspend;
+        status = ParallelFor(ParallelTaskCount(2), reduce,
+                             {"AlignPointCloud", "AlignPointCloud: ThreadPool InsertTask Failed "});
     }
     if (status != RESULT_OK) return status;
-    status = ReduceAndSmooth(fromXyz, fromNormals, voxelSize, ctx.from, ctx.fromCheck);
-    if (status == RESULT_STEP_FAIL) {
-        return LogFailure(status, "AlignPointCloud: simplify pointCloudFrom failed");
+    if (reduced[0] == RESULT_STEP_FAIL) {
+        return LogFailure(RESULT_STEP_FAIL, "AlignPointCloud: simplify pointCloudRef failed");
     }
-    if (status != RESULT_OK) return status;
+    if (reduced[0] != RESULT_OK) return reduced[0];
+    if (reduced[1] == RESULT_STEP_FAIL) {
+        return LogFailure(RESULT_STEP_FAIL, "AlignPointCloud: simplify pointCloudFrom failed");
+    }
+    if (reduced[1] != RESULT_OK) return reduced[1];
     ctx.tol = std::max(voxelSize * kTolPerVoxel, 1e-15);
     LogAt(LOG_TRACE, "AlignPointCloud simplifiedRef point count =", ctx.ref.Count());
     LogAt(LOG_TRACE, "AlignPointCloud simplifiedFrom point count =", ctx.from.Count());
@@ -133,7 +145,6 @@ int AlignWorker(const IPointCloud* pointCloudRef,
 
     // Step 5.
     ctx.hashGrid.Build(ctx.ref.xyz.data(), ctx.ref.Count(), 2.0 * ctx.distTol);
-    ctx.checkMap.Build(ctx.refCheck.xyz.data(), ctx.refCheck.Count(), ctx.distTol);
     ctx.stopMissCount = static_cast<int>(ctx.verifyCount * 0.34);
     resultTransform->InitIdentityTransform();
     LogAt(LOG_TRACE, "AlignPointCloud parms.minMissCount =", ctx.verifyCount);
