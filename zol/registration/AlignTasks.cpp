@@ -25,7 +25,7 @@ constexpr int kVerifyRound = 32;
 /// Check points drawn from the reduced from cloud.
 constexpr int kVerifySampleCount = 150;
 /// From samples that base triples are made of, at accuracy 0 and 1.
-constexpr int kTripleSamplesLow = 48;
+constexpr int kTripleSamplesLow = 72;
 constexpr int kTripleSamplesHigh = 96;
 /// Triangle shape: sides at most this share of the sample spread, the shortest at
 /// least this share of the longest.

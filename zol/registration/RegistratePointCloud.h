@@ -95,36 +95,42 @@ public:
                               int tryCount);
 
     /// Finds the pose of \p pointCloudFrom on \p pointCloudRef from any start, with no
-    /// initial guess. Both clouds are reduced to a few hundred points with smoothed
-    /// normals; triangles of from feature points are matched with congruent triangles of
-    /// ref points of similar local shape, each match gives a transform, and the transform
-    /// under which the fewest from check points miss the ref cloud (farther than twice
-    /// the reduced spacing, or normals more than 15 degrees apart) wins. The search stops
-    /// early once fewer than 34 % of the check points miss. The result is coarse (a few
-    /// degrees); refine it with ICPRegistrate. The same input gives the same result on
-    /// any thread count. Progress 0.05, 0.15, 0.2, up to 0.85 while searching, 1.0.
+    /// initial guess. Both clouds are reduced to voxel means (the ref cloud to about
+    /// 200 to 500 points, by accuracy; the from cloud on the same voxels) with
+    /// plane-fit, then smoothed, normals and per-point curvature descriptors. Triangles
+    /// of from feature points are matched with congruent triangles of ref points of
+    /// similar curvature; each match gives a pose, and the pose under which the fewest
+    /// check points miss wins. A check point (drawn from a 2.5 times finer reduction of
+    /// the from cloud) misses when no point of the equally fine ref reduction lies within
+    /// one voxel of it, or when their normals differ by more than about 15 degrees. The
+    /// search stops early once fewer than 34 % of the check points miss. The result is
+    /// coarse (a few degrees); refine it with ICPRegistrate. The same input gives the same
+    /// result on any thread count. Progress 0.05, 0.15, 0.2, up to 0.85 while
+    /// searching, 1.0.
     /// \param[in] pointCloudRef the target cloud; at least 3 points, with normals
-    ///            oriented consistently with those of the from cloud.
+    ///            oriented consistently with those of the from cloud (both outward, say).
     /// \param[in] pointCloudFrom the moving cloud; at least 3 points, with normals.
-    /// \param[out] resultTransform the pose found, the identity when no match improves
+    /// \param[out] resultTransform the pose found; the identity when no match improves
     ///             on missing every check point; must not be null.
     /// \param[in] accuracy effort in [0, 1]: 0 reduces the ref cloud to about 200 points
-    ///            and tries at most 500 triangles, 1 about 500 points and 2000 triangles,
-    ///            with more candidates checked per triangle.
+    ///            and tries at most 500 from triangles, 20 ref points per triangle corner
+    ///            and 3 candidates per triangle; 1 about 500 points, 2000 triangles, 30
+    ///            ref points and 15 candidates. 0.5 is a good balance on range scans.
     /// \return RESULT_OK (0), also when nothing matched;
-    ///         RESULT_INVALID_INPUT (-2) for a null argument ("AlignPointCloud
-    ///         pointCloudRef == NULL || pointCloudFrom == NULL || resultTransform ==
-    ///         NULL"), fewer than 3 points ("AlignPointCloud invalid pointCloud count"),
-    ///         a cloud without normals ("error: pointCloudRef and pointCloudFrom should
-    ///         have normal"), accuracy outside [0, 1] or NaN ("invalid accuracy: " and the
-    ///         value), or a non-finite coordinate or normal ("AlignPointCloud
-    ///         pointCloudRef has a non-finite coordinate or normal", likewise
-    ///         pointCloudFrom);
-    ///         RESULT_STEP_FAIL (-3) when a cloud cannot be reduced to a usable sample,
-    ///         e.g. all its points coincide ("AlignPointCloud: simplify pointCloudRef
-    ///         failed", "... pointCloudFrom failed"), or a parallel step fails (its line
-    ///         and "AlignPointCloud: PrepareAlignFreeMT failed", "AlignPointCloud
-    ///         FindCongruent Failed", "AlignPointCloud VerifyTriPairMap Failed");
+    ///         RESULT_INVALID_INPUT (-2), checked in this order, for a null argument
+    ///         ("AlignPointCloud pointCloudRef == NULL || pointCloudFrom == NULL ||
+    ///         resultTransform == NULL"), fewer than 3 points ("AlignPointCloud invalid
+    ///         pointCloud count"), a cloud without normals ("error: pointCloudRef and
+    ///         pointCloudFrom should have normal"), accuracy outside [0, 1] or NaN
+    ///         ("invalid accuracy: " and the value), or a non-finite coordinate or
+    ///         normal ("AlignPointCloud pointCloudRef has a non-finite coordinate or
+    ///         normal", likewise for pointCloudFrom);
+    ///         RESULT_STEP_FAIL (-3) when a cloud does not reduce to 3 points, e.g. all
+    ///         its points coincide ("AlignPointCloud: simplify pointCloudRef failed",
+    ///         "AlignPointCloud: simplify pointCloudFrom failed"), or a parallel step fails
+    ///         (its line, then "AlignPointCloud: PrepareAlignFreeMT failed",
+    ///         "AlignPointCloud FindCongruent Failed" or "AlignPointCloud VerifyTriPairMap
+    ///         Failed");
     ///         the normal smoothing's status after its own line.
     static int AlignPointCloud(const IPointCloud* pointCloudRef,
                                const IPointCloud* pointCloudFrom,
