@@ -150,6 +150,8 @@ TEST(IcpRegistrateTest, BadArgumentsLogTheirLineAndCode) {
          "invalid fromSampleCount: -1"},
         {worker(&cloud, &cloud, false, 3, outOfRange, nullptr), false, RESULT_INVALID_INPUT,
          "ICPRegistrateWithNormal invalid fromSampleIds: 50"},
+        {worker(&cloud, &cloud, false, 0, outOfRange, nullptr), false, RESULT_INVALID_INPUT,
+         "ICPRegistrateWithNormal fromSampleIds given with fromSampleCount 0"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.line);

@@ -76,8 +76,10 @@ public:
     ///            derive it from the ref point spacing (FastCalculateDistanceTol).
     /// \param[in] tryCount outer passes; below 1 means 1.
     /// \return as ICPRegistrate, and RESULT_INVALID_INPUT (-2) for fromSampleCount < 0
-    ///         ("invalid fromSampleCount: " and the value), a sample id outside the from
-    ///         cloud ("ICPRegistrateWithNormal invalid fromSampleIds: " and the id) or a
+    ///         ("invalid fromSampleCount: " and the value), sample ids with a count of 0
+    ///         ("ICPRegistrateWithNormal fromSampleIds given with fromSampleCount 0"), a
+    ///         sample id outside the from cloud ("ICPRegistrateWithNormal invalid
+    ///         fromSampleIds: " and the id) or a
     ///         non-finite or negative distanceTol ("ICPRegistrateWithNormal invalid
     ///         distanceTol: " and the value).
     static int _ICPRegistrate(const IPointCloud* pointCloudRef,

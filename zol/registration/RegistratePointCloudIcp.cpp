@@ -255,6 +255,11 @@ int PrepareIcp(const IPointCloud* pointCloudRef,
     int count = fromSampleCount;
     if (count == 0) count = std::max(fromCount / 1000, kAutoSampleMinimum);
     count = std::min(count, fromCount);
+    if (fromSampleIds && fromSampleCount == 0) {
+        // The list's length is the count; an automatic count could read past its end.
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "ICPRegistrateWithNormal fromSampleIds given with fromSampleCount 0");
+    }
     std::vector<int> ids;
     if (fromSampleIds) {
         ids.assign(fromSampleIds, fromSampleIds + count);

@@ -24,8 +24,10 @@ void AlignPointPairCore(const Vector3* pointsRef,
 
 /// Farthest-point sample of a cloud, after reducing it to one point per cell of a grid
 /// whose cell is the bounding-box diagonal / \p resolution (the point nearest the cell
-/// centre stands for the cell), so that sampling costs little on dense clouds. When the
-/// reduced cloud has fewer than \p sampleCount points the ids repeat cyclically
+/// centre stands for the cell). A reduction still far larger than the samples need (more
+/// than 8 points per sample) is thinned once more by a grid coarsened to keep about 4
+/// points per sample, so that sampling costs little on dense clouds. When the reduced
+/// cloud has fewer than \p sampleCount points the ids repeat cyclically
 /// (ids[i] = ids[i mod got]).
 /// \param[in] pointCloud the cloud; only read.
 /// \param[in] sampleCount number of ids wanted, at least 1.
@@ -59,10 +61,9 @@ int FastGeometrySample(const IPointCloud* pointCloud,
                        int neighborCount,
                        int flag);
 
-/// One unit normal per sample: the plane fit of its nearest points in \p pointCloud,
-/// oriented consistently over the samples (each sample turned to agree with the
-/// orientation propagated from its already oriented neighbours among the samples);
-/// (0, 0, 0) where no plane fits.
+/// One unit normal per sample: the plane fit of its 10 nearest points in \p pointCloud,
+/// unoriented (point-to-plane rows do not depend on the sign); (0, 0, 0) where the
+/// neighbours span no plane.
 /// \param[in,out] pointCloudInfo context of \p pointCloud; its index is built if missing.
 /// \param[in] sampleIds sampleCount point ids of \p pointCloud.
 /// \param[out] normals resized to sampleCount.
