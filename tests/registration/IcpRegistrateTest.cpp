@@ -84,6 +84,25 @@ TEST(IcpRegistrateTest, MarksPinTheSlideThatAPlaneLeavesFree) {
     EXPECT_LT((pinned.GetTranslation() - Vector3(-0.05, 0.03, 0.0)).Length(), 1e-6);
 }
 
+TEST(IcpRegistrateTest, CoincidentPointsFailAndALineDoesNotMove) {
+    std::vector<Vector3> spot(20, Vector3(1, 2, 3)), line;
+    for (int i = 0; i < 200; ++i) line.emplace_back(0.01 * i, 0.0, 0.0);
+    const PointCloud coincident = zoltest::MakeCloud(spot), straight = zoltest::MakeCloud(line);
+    zoltest::LogCapture log;
+    Matrix4x4 result;
+    EXPECT_EQ(RegistratePointCloud::ICPRegistrate(&coincident, nullptr, &coincident, nullptr,
+                                                  &result, nullptr, false),
+              RESULT_FAIL);
+    EXPECT_EQ(
+        log.LinesWithoutPools(),
+        std::vector<std::string>{"FastCalculateDistanceTol: pointCloudRef is a singular point"});
+    // A line gives no plane to fit: every step is singular and the result stays put.
+    ASSERT_EQ(RegistratePointCloud::ICPRegistrate(&straight, nullptr, &straight, nullptr, &result,
+                                                  nullptr, false),
+              RESULT_OK);
+    for (int i = 0; i < 16; ++i) EXPECT_EQ(result.GetValue(i), (i % 5 == 0) ? 1.0 : 0.0);
+}
+
 TEST(IcpRegistrateTest, PairingDistanceDoublesUntilPartnersAppear) {
     // Unit distance tolerance and a cloud 100 units away: the limit (k + 5) tol^2 with
     // k = 0, 1, 3, 7, ... first reaches 100^2 at k = 2^14 - 1, after 14 empty iterations.

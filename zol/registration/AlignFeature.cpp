@@ -1,5 +1,5 @@
 // Reduction of a cloud to voxel means with plane-fit normals for coarse alignment, and
-// the curvature descriptors and border flags of the reduced points.
+// the curvature descriptors of the reduced points.
 #include <zol/registration/AlignFeatureInternal.h>
 
 #include <algorithm>
@@ -25,9 +25,6 @@ constexpr int kRadiusCount = kAlignDescriptorDim / 2;
 constexpr double kDescriptorRadii[kRadiusCount] = {1.5, 2.0, 2.5, 3.0, 4.0};
 /// Fewer neighbours than this leave a curvature pair at zero.
 constexpr int kMinFitPoints = 8;
-/// A point whose outer neighbours' centroid lies this far (in outer radii) from it along
-/// the tangent plane sits at a border.
-constexpr double kBorderOffset = 0.3;
 /// Values kept per voxel: sum x y z, sum of normals, count, then xx xy xz yy yz zz of
 /// the coordinates taken from the cloud's lower corner (small numbers, no cancellation).
 constexpr int kVoxelSums = 13;
@@ -269,7 +266,6 @@ void ReduceOnVoxels(const std::vector<double>& xyz,
 void DescribeAlignCloud(double spacing, AlignCloud& cloud) {
     const int count = cloud.Count();
     cloud.descriptors.assign(static_cast<size_t>(count) * kAlignDescriptorDim, 0.0);
-    cloud.border.assign(count, 1);
     if (count == 0) return;
     const double outer = kDescriptorRadii[kRadiusCount - 1] * spacing;
     AlignHashGrid grid;
@@ -290,13 +286,10 @@ void DescribeAlignCloud(double spacing, AlignCloud& cloud) {
         // Neighbours in the tangent frame, in units of the outer radius, nearest first.
         grid.FindDistanceNeighbors(p, 0.5 * outer, 0.5 * outer, &ids);
         local.clear();
-        double tangent[2] = {0.0, 0.0};
         for (int j : ids) {
             const double* q = cloud.Point(j);
             const Vector3 d(q[0] - p[0], q[1] - p[1], q[2] - p[2]);
             local.push_back({d.Length() / outer, d * u / outer, d * v / outer, d * n / outer, j});
-            tangent[0] += local.back().x;
-            tangent[1] += local.back().y;
         }
         std::sort(local.begin(), local.end(), [](const Local& l, const Local& r) {
             return l.distance != r.distance ? l.distance < r.distance : l.id < r.id;
@@ -324,10 +317,6 @@ void DescribeAlignCloud(double spacing, AlignCloud& cloud) {
             const double spread = std::sqrt((c[0] - c[2]) * (c[0] - c[2]) + c[1] * c[1]);
             desc[2 * r] = (mean + spread) * radius;
             desc[2 * r + 1] = (mean - spread) * radius;
-        }
-        if (local.size() > 3) {
-            const double offset = std::sqrt(tangent[0] * tangent[0] + tangent[1] * tangent[1]);
-            cloud.border[i] = offset / (local.size() - 1) > kBorderOffset ? 1 : 0;
         }
     }
 }

@@ -1,6 +1,6 @@
 // What coarse alignment knows about each cloud: the cloud reduced on a voxel grid to
-// voxel means with plane-fit normals, per-point curvature descriptors that do not change
-// with the pose, and flags for points at the border of a scan. Internal.
+// voxel means with plane-fit normals, and per-point curvature descriptors that do not
+// change with the pose. Internal.
 #pragma once
 
 #include <vector>
@@ -17,11 +17,10 @@ constexpr int kAlignDescriptorDim = 10;
 
 /// A reduced cloud in flat arrays.
 struct AlignCloud {
-    PointCloud cloud;                   ///< voxel means and their normals
-    std::vector<double> xyz;            ///< 3 per point
-    std::vector<double> normals;        ///< 3 per point, unit (or zero)
-    std::vector<double> descriptors;    ///< kAlignDescriptorDim per point
-    std::vector<unsigned char> border;  ///< 1 where the neighbourhood is one-sided
+    PointCloud cloud;                 ///< voxel means and their normals
+    std::vector<double> xyz;          ///< 3 per point
+    std::vector<double> normals;      ///< 3 per point, unit (or zero)
+    std::vector<double> descriptors;  ///< kAlignDescriptorDim per point
 
     int Count() const { return static_cast<int>(xyz.size() / 3); }
     const double* Point(int i) const { return &xyz[3 * static_cast<size_t>(i)]; }
@@ -48,8 +47,8 @@ void ReduceOnVoxels(const std::vector<double>& xyz,
                     double voxelSize,
                     AlignCloud* out);
 
-/// Computes descriptors and border flags of a reduced cloud from its current normals, at
-/// the scale of the reduction spacing \p spacing.
+/// Computes the descriptors of a reduced cloud from its current normals, at the scale of
+/// the reduction spacing \p spacing.
 void DescribeAlignCloud(double spacing, AlignCloud& cloud);
 
 /// Scales every descriptor component of both clouds by the inverse of its spread over

@@ -199,13 +199,7 @@ int ConstructTripleBase(AlignContext& ctx) {
         return LogFailure(status,
                           "AlignPointCloud:ConstructTripleBase: UniformSample failed: ", status);
     }
-    // Border points of a scan have one-sided descriptors: leave them out while enough
-    // points remain.
-    std::vector<int> vertices;
-    for (int id : ids) {
-        if (!ctx.from.border[id]) vertices.push_back(id);
-    }
-    if (vertices.size() < 3) vertices = ids;
+    std::vector<int> vertices = ids;
     std::sort(vertices.begin(), vertices.end());
     const int n = static_cast<int>(vertices.size());
     double spread2 = 0.0;
