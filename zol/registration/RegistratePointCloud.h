@@ -42,18 +42,20 @@ public:
     ///            neighbours and no angle test is made.
     /// \return RESULT_OK (0), also when ICP finds too few pairs to move (the result then
     ///         stays the identity);
-    ///         RESULT_INVALID_INPUT (-2) for a null cloud or result ("ICPRegistrate:
-    ///         pointCloudRef == NULL || pointCloudFrom == NULL || resultTransform ==
-    ///         NULL"), fewer than 3 points in a cloud ("ICPRegistrateWithNormal
-    ///         fromPointCount < 3 || refPointCount < 3"), a non-finite coordinate
-    ///         ("ICPRegistrateWithNormal pointCloudRef has a non-finite coordinate" or
-    ///         "... pointCloudFrom has a non-finite coordinate"), or hasNormal for a cloud
-    ///         without normals ("ICPRegistrateWithNormal hasNormal == true but a cloud has
-    ///         no normal");
+    ///         RESULT_INVALID_INPUT (-2), checked in this order, for a null cloud or result
+    ///         ("ICPRegistrate: pointCloudRef == NULL || pointCloudFrom == NULL ||
+    ///         resultTransform == NULL"), fewer than 3 points in a cloud
+    ///         ("ICPRegistrateWithNormal fromPointCount < 3 || refPointCount < 3"),
+    ///         hasNormal for a cloud without normals ("ICPRegistrateWithNormal hasNormal ==
+    ///         true but a cloud has no normal"), or a non-finite coordinate
+    ///         ("ICPRegistrateWithNormal pointCloudRef has a non-finite coordinate", then
+    ///         likewise for pointCloudFrom);
     ///         RESULT_STEP_FAIL (-3) when the ref index cannot be built
     ///         ("ICPRegistrateWithNormal Ann initialize failed") or the from cloud cannot
     ///         be sampled ("ICPRegistrate sample pointCloudFrom failed");
-    ///         the tolerance or normal step's status after its own line.
+    ///         RESULT_FAIL (-1) when all ref points coincide ("FastCalculateDistanceTol:
+    ///         pointCloudRef is a singular point");
+    ///         the sample normal estimate's status after its own line.
     static int ICPRegistrate(const IPointCloud* pointCloudRef,
                              const std::vector<Vector3>* refMarks,
                              const IPointCloud* pointCloudFrom,
@@ -75,13 +77,13 @@ public:
     /// \param[in] distanceTol pairing distance unit in the clouds' length unit; null to
     ///            derive it from the ref point spacing (FastCalculateDistanceTol).
     /// \param[in] tryCount outer passes; below 1 means 1.
-    /// \return as ICPRegistrate, and RESULT_INVALID_INPUT (-2) for fromSampleCount < 0
-    ///         ("invalid fromSampleCount: " and the value), sample ids with a count of 0
-    ///         ("ICPRegistrateWithNormal fromSampleIds given with fromSampleCount 0"), a
-    ///         sample id outside the from cloud ("ICPRegistrateWithNormal invalid
-    ///         fromSampleIds: " and the id) or a
-    ///         non-finite or negative distanceTol ("ICPRegistrateWithNormal invalid
-    ///         distanceTol: " and the value).
+    /// \return as ICPRegistrate, and RESULT_INVALID_INPUT (-2) for a non-finite or
+    ///         negative distanceTol ("ICPRegistrateWithNormal invalid distanceTol: " and
+    ///         the value; checked before the coordinates), and after the index is built
+    ///         for fromSampleCount < 0 ("invalid fromSampleCount: " and the value),
+    ///         sample ids with a count of 0 ("ICPRegistrateWithNormal fromSampleIds given
+    ///         with fromSampleCount 0") or a sample id outside the from cloud
+    ///         ("ICPRegistrateWithNormal invalid fromSampleIds: " and the id).
     static int _ICPRegistrate(const IPointCloud* pointCloudRef,
                               PointCloudInfo& refInfo,
                               const std::vector<Vector3>* refMarks,
