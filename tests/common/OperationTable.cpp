@@ -20,6 +20,7 @@
 #include <zol/pointcloud/PointCloudDensity.h>
 #include <zol/pointcloud/PointCloudUtility.h>
 #include <zol/pointcloud/SamplePointCloud.h>
+#include <zol/registration/RegistratePointCloud.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/PointCloudInfo.h>
 #include <zol/shape/DetectShape.h>
@@ -83,19 +84,28 @@ const std::vector<Vector3>& FullScan() {
     return scan;
 }
 
+/// Points and normals of an "x y z nx ny nz" file under the shared data.
+Points LoadXyzn(const char* relative) {
+    Points read;
+    std::ifstream in(DataPath(relative));
+    Vector3 p, n;
+    while (in >> p.x >> p.y >> p.z >> n.x >> n.y >> n.z) {
+        read.points.push_back(p);
+        read.normals.push_back(n);
+    }
+    return read;
+}
+
 /// A real cloud with normals, mostly one plane: 3268 points.
 const Points& Oriented() {
-    static const Points oriented = [] {
-        Points read;
-        std::ifstream in(DataPath("clouds/sac_plane_test.xyzn"));
-        Vector3 p, n;
-        while (in >> p.x >> p.y >> p.z >> n.x >> n.y >> n.z) {
-            read.points.push_back(p);
-            read.normals.push_back(n);
-        }
-        return read;
-    }();
+    static const Points oriented = LoadXyzn("clouds/sac_plane_test.xyzn");
     return oriented;
+}
+
+/// A small real bunny with normals: 397 points.
+const Points& SmallBunny() {
+    static const Points bunny = LoadXyzn("clouds/bun0.xyzn");
+    return bunny;
 }
 
 /// Seeded points, just enough for the farthest-point sweep (2 x 2^17) and the grid
@@ -317,6 +327,63 @@ Outcome TangentFaces(const ContainerMaker& maker) {
     return out;
 }
 
+/// \p points and \p normals moved by \p motion.
+Points Moved(const std::vector<Vector3>& points,
+             const std::vector<Vector3>& normals,
+             const Matrix4x4& motion) {
+    Points moved;
+    for (size_t i = 0; i < points.size(); ++i) {
+        moved.points.push_back(motion.TransformPoint(points[i]));
+        if (i < normals.size()) moved.normals.push_back(motion.RotateVector(normals[i]));
+    }
+    return moved;
+}
+
+void Add(Outcome& out, const Matrix4x4& transform) {
+    for (int i = 0; i < 16; ++i) out.values.push_back(transform.GetValue(i));
+}
+
+/// ICP of the scan (no normals: sample normals are estimated) and of the oriented cloud
+/// (normals given) onto themselves moved by a small turn.
+Outcome Icp(const ContainerMaker& maker) {
+    Outcome out;
+    for (bool hasNormal : {false, true}) {
+        const std::vector<Vector3>& points = hasNormal ? Oriented().points : Scan();
+        const std::vector<Vector3>* normals = hasNormal ? &Oriented().normals : nullptr;
+        const Points moved = Moved(points, normals ? *normals : std::vector<Vector3>(), Turn());
+        std::unique_ptr<IPointCloud> ref = maker.Cloud(points, normals);
+        std::unique_ptr<IPointCloud> from =
+            maker.Cloud(moved.points, hasNormal ? &moved.normals : nullptr);
+        Matrix4x4 result;
+        out.statuses.push_back(RegistratePointCloud::ICPRegistrate(
+            ref.get(), nullptr, from.get(), nullptr, &result, nullptr, hasNormal));
+        Add(out, result);
+    }
+    return out;
+}
+
+/// Coarse alignment of two copies of the small bunny, side by side and turned, onto one
+/// bunny: half the check points miss under any pose, so the search never stops early and
+/// every stage, the checks of the queued candidates included, runs on the workers.
+Outcome CoarseAlignment(const ContainerMaker& maker) {
+    const Points& bunny = SmallBunny();
+    Matrix4x4 motion;
+    motion.GenerateVectorToVectorRotation(Vector3(0, 0, 1), Vector3(0.3, -0.8, -0.5));
+    Points pair = Moved(bunny.points, bunny.normals, motion);
+    motion.SetValue(1, 3, 0.3);
+    const Points second = Moved(bunny.points, bunny.normals, motion);
+    pair.points.insert(pair.points.end(), second.points.begin(), second.points.end());
+    pair.normals.insert(pair.normals.end(), second.normals.begin(), second.normals.end());
+    std::unique_ptr<IPointCloud> ref = maker.Cloud(bunny.points, &bunny.normals);
+    std::unique_ptr<IPointCloud> from = maker.Cloud(pair.points, &pair.normals);
+    Matrix4x4 result;
+    Outcome out;
+    out.statuses.push_back(
+        RegistratePointCloud::AlignPointCloud(ref.get(), from.get(), &result, 0.0));
+    Add(out, result);
+    return out;
+}
+
 Outcome ExportMesh(const ContainerMaker& maker) {
     static const std::unique_ptr<TriMesh> sphere = LoadMesh("meshes/sphere.obj");
     std::unique_ptr<ITriMesh> mesh = maker.Mesh(*sphere);
@@ -502,6 +569,8 @@ std::vector<Operation> MakeOperations() {
         {"TangentFaces", "SelectTangentFace", false, TangentFaces},
         {"FileExport", "ExportTriMesh", false, ExportMesh},
         {"FileExport", "ExportPointCloud", false, ExportCloud},
+        {"Registration", "ICPRegistrate", true, Icp},
+        {"Registration", "AlignPointCloud", true, CoarseAlignment},
     };
 }
 
