@@ -2,6 +2,7 @@
 // into one cloud (the everyday job of a scanning application).
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 
 #include <zol/core/IPointList.h>
@@ -92,15 +93,15 @@ void RunMerge(const MergeOptions& options) {
 
     std::vector<MergedScan> results;
     const auto report = [&](int i, const MergedScan& scan) {
+        const std::string name = std::filesystem::path(options.scans[i]).filename().string();
         if (i == 0) {
-            Say("  %-24s %8d points  first scan: the frame of the result %23.1f s\n",
-                options.scans[i].c_str(), scans[i]->GetPointCount(), scan.seconds);
+            Say("  %-20s %8d points  the frame of the result          %6.1f s\n", name.c_str(),
+                scans[i]->GetPointCount(), scan.seconds);
             return;
         }
-        Say("  %-24s %8d points  rotation %7.2f deg  overlap %3.0f%% %11.1f s\n",
-            options.scans[i].c_str(), scans[i]->GetPointCount(), RotationDegrees(scan.pose),
-            100.0 * scan.overlap, scan.seconds);
-        if (scan.overlap < 0.2) {
+        Say("  %-20s %8d points  rotation %7.2f deg, fit %3.0f%%  %6.1f s\n", name.c_str(),
+            scans[i]->GetPointCount(), RotationDegrees(scan.pose), 100.0 * scan.fit, scan.seconds);
+        if (scan.fit < 0.2) {
             std::fprintf(stderr,
                          "zol merge: warning: %s barely overlaps the scans before it; its pose "
                          "is doubtful\n",

@@ -109,8 +109,8 @@ int RunDemo(const std::string& folder, unsigned seed) {
         const double shift = MeanShift(*scans[i], residual);
         worstDegrees = std::max(worstDegrees, degrees);
         worstShift = std::max(worstShift, shift);
-        std::printf("  scan %d: pose error %.3f degrees, %.3f mm; overlap %3.0f%% %10.2f s\n", i,
-                    degrees, shift, 100.0 * merged.overlap, merged.seconds);
+        std::printf("  scan %d: pose error %.3f degrees, %.3f mm; fit %3.0f%% %8.2f s\n", i,
+                    degrees, shift, 100.0 * merged.fit, merged.seconds);
     };
     std::vector<MergedScan> results;
     std::unique_ptr<PointCloud> merged = MergeScans(scans, names, 0.0, 0.5, results, report);

@@ -214,7 +214,7 @@ std::unique_ptr<PointCloud> MergeScans(std::vector<std::unique_ptr<PointCloud>>&
                 const Registration found =
                     RefineBest(*model, *scans[i], starts, score, bar, names[i]);
                 result.pose = found.pose;
-                result.overlap = found.fit;
+                result.fit = found.fit;
             }
             bar.SetLabel(names[i] + ": fusion");
             std::uint64_t mark = LibraryLog::Mark();

@@ -64,7 +64,7 @@ Registration RefineBest(const ZOL::PointCloud& ref,
 /// What merging found for one scan.
 struct MergedScan {
     ZOL::Matrix4x4 pose;   ///< scan coordinates -> the first scan's coordinates
-    double overlap = 1.0;  ///< its FitScore on the model before it, at two cells
+    double fit = 1.0;      ///< its FitScore on the model before it, at two cells
     double seconds = 0.0;  ///< registration and fusion time
 };
 

@@ -15,6 +15,7 @@ namespace zoltool {
 
 namespace {
 constexpr int kBarWidth = 30;
+constexpr std::size_t kLabelWidth = 40;
 }  // namespace
 
 bool ProgressBar::Enabled() { return !Globals().quiet && isatty(STDERR_FILENO) == 1; }
@@ -56,6 +57,8 @@ void ProgressBar::Draw(double progress) {
         std::lock_guard<std::mutex> lock(mLabelLock);
         label = mLabel;
     }
+    // One terminal line: a long label keeps its end, where the step is named.
+    if (label.size() > kLabelWidth) label = "..." + label.substr(label.size() - kLabelWidth + 3);
     std::fprintf(stderr, "\r\033[K%s [%s] %3d%%", label.c_str(), bar,
                  static_cast<int>(progress * 100.0 + 0.5));
     std::fflush(stderr);

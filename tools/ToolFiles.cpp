@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -110,13 +111,25 @@ Model LoadModel(const std::string& path) {
     const std::uint64_t mark = LibraryLog::Mark();
     if (HoldsMesh(path)) {
         model.mesh.reset(Parser::ImportTriMesh(path));
-        if (!model.mesh) Fail(EXIT_BAD_INPUT, path + ": damaged or unsupported mesh file", mark);
-    } else {
-        model.cloud.reset(Parser::ImportPointCloud(path));
-        if (!model.cloud) {
-            Fail(EXIT_BAD_INPUT, path + ": damaged or unsupported point-cloud file", mark);
+        if (model.mesh) return model;
+        // The mesh readers take ASCII PLY only; the point-cloud reader also takes binary
+        // PLY, so such a file still gives its vertices.
+        if (Extension(path) == "ply") {
+            const std::string reason = LibraryLog::LinesSince(mark).empty()
+                                           ? std::string()
+                                           : LibraryLog::LinesSince(mark).back();
+            model.cloud.reset(Parser::ImportPointCloud(path));
+            if (model.cloud) {
+                std::fprintf(stderr, "zol: %s: faces not read (%s); its vertices are used\n",
+                             path.c_str(), reason.c_str());
+                return model;
+            }
         }
+        Fail(EXIT_BAD_INPUT, path + ": damaged or unsupported mesh file", mark);
     }
+    model.cloud.reset(Parser::ImportPointCloud(path));
+    if (!model.cloud)
+        Fail(EXIT_BAD_INPUT, path + ": damaged or unsupported point-cloud file", mark);
     return model;
 }
 

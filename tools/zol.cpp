@@ -223,6 +223,11 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
+        const std::vector<std::string> rest = app.remaining();
+        if (app.get_subcommands().empty() && !rest.empty() && rest[0][0] != '-') {
+            std::fprintf(stderr, "zol: unknown command \"%s\" (see zol --help)\n", rest[0].c_str());
+            return EXIT_USAGE;
+        }
         return app.exit(error) == 0 ? EXIT_OK : EXIT_USAGE;
     }
     if (globals.threads > 0) ZOL::SetThreadCount(globals.threads);
