@@ -99,7 +99,7 @@ int RunDemo(const std::string& folder, unsigned seed) {
     double worstDegrees = 0.0, worstShift = 0.0;
     const auto report = [&](int i, const MergedScan& merged) {
         if (i == 0) {
-            std::printf("  scan 0: the frame of the merged cloud %45.2f s\n", merged.seconds);
+            std::printf("  scan 0: the frame of the merged cloud; %.2f s\n", merged.seconds);
             return;
         }
         // The true pose of scan i in scan 0's frame, and what is left of it after merging.
@@ -109,8 +109,8 @@ int RunDemo(const std::string& folder, unsigned seed) {
         const double shift = MeanShift(*scans[i], residual);
         worstDegrees = std::max(worstDegrees, degrees);
         worstShift = std::max(worstShift, shift);
-        std::printf("  scan %d: pose error %.3f degrees, %.3f mm; fit %3.0f%% %8.2f s\n", i,
-                    degrees, shift, 100.0 * merged.fit, merged.seconds);
+        std::printf("  scan %d: pose error %.3f degrees, %.3f mm; fit %.0f%%; %.2f s\n", i, degrees,
+                    shift, 100.0 * merged.fit, merged.seconds);
     };
     std::vector<MergedScan> results;
     std::unique_ptr<PointCloud> merged = MergeScans(scans, names, 0.0, 0.5, results, report);
