@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -86,6 +88,43 @@ bool HoldsMesh(const std::string& path) {
     if (extension == "obj") return ObjHasFaces(path);
     return false;
 }
+
+// Temporary files being written, kept where a signal handler can reach them without
+// allocating: an interrupted command (Ctrl-C) removes them before it ends.
+namespace PendingFiles {
+constexpr int kSlots = 16;
+constexpr std::size_t kPathLength = 4096;
+char gPaths[kSlots][kPathLength];
+volatile std::sig_atomic_t gUsed[kSlots];
+
+void RemoveAll(int signalNumber) {
+    for (int i = 0; i < kSlots; ++i) {
+        if (gUsed[i]) unlink(gPaths[i]);
+    }
+    std::signal(signalNumber, SIG_DFL);
+    std::raise(signalNumber);
+}
+
+int Add(const std::string& path) {
+    static const bool installed = [] {
+        for (int signalNumber : {SIGINT, SIGTERM, SIGHUP}) std::signal(signalNumber, RemoveAll);
+        return true;
+    }();
+    (void)installed;
+    if (path.size() >= kPathLength) return -1;
+    for (int i = 0; i < kSlots; ++i) {
+        if (gUsed[i]) continue;
+        std::memcpy(gPaths[i], path.c_str(), path.size() + 1);
+        gUsed[i] = 1;
+        return i;
+    }
+    return -1;
+}
+
+void Remove(int slot) {
+    if (slot >= 0) gUsed[slot] = 0;
+}
+}  // namespace PendingFiles
 
 // The temporary sibling of \p target: hidden, tagged with the process id, same extension.
 std::string TemporaryName(const std::string& target) {
@@ -200,9 +239,12 @@ void WriteMesh(const std::string& path, TriMesh& mesh) {
 }
 
 AtomicOutput::AtomicOutput(const std::string& target)
-    : mTarget(target), mTemporary(TemporaryName(target)) {}
+    : mTarget(target), mTemporary(TemporaryName(target)) {
+    mSlot = PendingFiles::Add(mTemporary);
+}
 
 AtomicOutput::~AtomicOutput() {
+    PendingFiles::Remove(mSlot);
     if (mCommitted) return;
     std::error_code error;
     std::filesystem::remove(mTemporary, error);
@@ -213,6 +255,7 @@ void AtomicOutput::Commit() {
     std::filesystem::rename(mTemporary, mTarget, error);
     if (error) Fail(EXIT_BAD_OUTPUT, mTarget + ": cannot be written (" + error.message() + ")", 0);
     mCommitted = true;
+    PendingFiles::Remove(mSlot);
 }
 
 std::unique_ptr<PointCloud> CloudSubset(const PointCloud& cloud, const std::vector<int>& ids) {

@@ -55,7 +55,8 @@ void WriteMesh(const std::string& path, ZOL::TriMesh& mesh);
 
 /// A file written under a temporary name in the target's folder (same extension, so the
 /// library picks the same format) and renamed onto the target by Commit. Until then the
-/// target is untouched; the destructor removes a temporary file that was not committed.
+/// target is untouched; the destructor removes a temporary file that was not committed, and
+/// so does an interrupting signal (SIGINT, SIGTERM, SIGHUP).
 class AtomicOutput {
 public:
     explicit AtomicOutput(const std::string& target);
@@ -72,6 +73,7 @@ private:
     std::string mTarget;
     std::string mTemporary;
     bool mCommitted = false;
+    int mSlot = -1;  // in the list a signal handler cleans up
 };
 
 /// The points \p ids of \p cloud, in that order, with their normals and colours (no grid).
