@@ -19,7 +19,9 @@ constexpr std::size_t kHeaderSize = 80;
 constexpr std::size_t kRecordSize = 50;
 constexpr char kHeaderText[] = "zolshapetoolkits mesh";
 
-TriMesh* ReadBinaryStl(std::string_view content) {
+}  // namespace
+
+TriMesh* ParseMeshSTLBinary(std::string_view content) {
     const std::uint32_t faceCount =
         content.size() >= kHeaderSize + 4 ? GetU32LE(content.data() + kHeaderSize) : 0;
     // A count the file cannot hold, or that would overflow the vertex indices, is as
@@ -44,6 +46,8 @@ TriMesh* ReadBinaryStl(std::string_view content) {
     return data.Finish("ImportMeshBySTL", 0);
 }
 
+namespace {
+
 // Reads three single-precision numbers as "%f %f %f" would. \return false when one
 // of the next three tokens does not start with a number.
 bool NextFloats(TokenCursor& tokens, Vector3& value) {
@@ -56,7 +60,9 @@ bool NextFloats(TokenCursor& tokens, Vector3& value) {
     return true;
 }
 
-TriMesh* ReadAsciiStl(std::string_view content) {
+}  // namespace
+
+TriMesh* ParseMeshSTLAscii(std::string_view content) {
     // The first line is "solid <name>"; the facets follow as whitespace-separated words:
     // facet normal nx ny nz / outer loop / vertex x y z (three times) / endloop / endfacet.
     const std::size_t firstEnd = content.find('\n');
@@ -88,6 +94,8 @@ TriMesh* ReadAsciiStl(std::string_view content) {
     }
     return data.Finish("ImportMeshBySTL", 0);
 }
+
+namespace {
 
 constexpr int kAllIndicesValid = INT_MIN;
 
@@ -142,7 +150,7 @@ bool IsBinaryStl(std::string_view content) {
 }
 
 TriMesh* ParseMeshSTL(std::string_view content, const std::string&) {
-    return IsBinaryStl(content) ? ReadBinaryStl(content) : ReadAsciiStl(content);
+    return IsBinaryStl(content) ? ParseMeshSTLBinary(content) : ParseMeshSTLAscii(content);
 }
 
 TriMesh* ImportMeshBySTL(const std::string& fileName) {
