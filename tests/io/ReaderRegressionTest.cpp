@@ -32,6 +32,8 @@ TEST(ReaderRegression, EveryFuzzFindingIsReadSafely) {
         {"cloud_zbg-1.zbg", 4, ""},
         // A point count beyond the range of int64 was converted before it was bounded.
         {"cloud_zpc-2.zpc", -1, "ImportPointCloudByZPC: point count 2e+54 exceeds the file size"},
+        // Grid columns times rows overflowed int64 (found by review, replayed alike).
+        {"cloud_ply_ascii-1.ply", 1, ""},
     };
     std::vector<std::string> listed;
     for (const auto& c : cases) listed.push_back(c.file);
