@@ -43,7 +43,10 @@ public:
             NewChunk(mChunks.empty() ? FirstChunk : std::min(2 * mLastSize, MaxChunk),
                      [](void*, std::size_t) {});
         }
-        return &mChunks.back()[mUsedInLast++];
+        // Constructed on hand-out, not with the chunk: a reserved chunk is then written
+        // once, in order, and its untouched tail costs no memory.
+        T* slot = mChunks.back().get() + mUsedInLast++;
+        return ::new (static_cast<void*>(slot)) T();
     }
     /// Makes room for \p count more records in one chunk (beyond the free ones and the
     /// rest of the last chunk). \p prepare(memory, bytes) sees the chunk's memory before
@@ -68,13 +71,12 @@ private:
         void operator()(T* records) const { ::operator delete[](records); }
     };
 
-    // Appends a chunk of \p size value-initialised records and makes it the last one.
+    // Appends a chunk of room for \p size records and makes it the last one.
     template <typename Prepare>
     void NewChunk(int size, Prepare prepare) {
         const std::size_t bytes = sizeof(T) * static_cast<std::size_t>(size);
         std::unique_ptr<T[], ChunkDelete> chunk(static_cast<T*>(::operator new[](bytes)));
         prepare(static_cast<void*>(chunk.get()), bytes);
-        std::uninitialized_value_construct_n(chunk.get(), size);
         mChunks.push_back(std::move(chunk));
         mLastSize = size;
         mUsedInLast = 0;
