@@ -39,7 +39,8 @@ struct PointData {
 
 /// Turns decoded points into a new PointCloud (with grid topology when the data has a
 /// grid). Points with a non-finite coordinate are dropped (one log line names the
-/// count); non-finite normal or colour components become 0. Returns null after a log
+/// count); non-finite normal or colour components become 0 and colour components are
+/// held to [0, 1]. Returns null after a log
 /// line when the grid cells are out of range or repeated. \p who prefixes log lines.
 PointCloud* BuildPointCloud(PointData& data, const char* who);
 
