@@ -1,6 +1,7 @@
 // Writes the seed corpus of every fuzz target: small valid files of each format made by
 // our own writers (or by hand where we write no such file), the shared sample files of
-// matching extensions, and the target's regression files. Prints the target names.
+// matching extensions, dump files of recorded calls, and the target's regression files.
+// Prints the target names.
 //   zol_fuzz_seeds <outDir> [<sampleDir> [<regressionDir>]]
 #include <algorithm>
 #include <cctype>
@@ -20,6 +21,7 @@
 #include <zol/io/Parser.h>
 #include <zol/runtime/LogSystem.h>
 
+#include "fuzz/DumpSeeds.h"
 #include "fuzz/FuzzReaders.h"
 
 namespace fs = std::filesystem;
@@ -223,5 +225,15 @@ int main(int argc, char** argv) {
         }
         std::printf("%s\n", reader.name);
     }
+    // The dump loader: files of recorded calls, and its regression files.
+    const fs::path dumpDir = fs::path(argv[1]) / "dump";
+    fs::create_directories(dumpDir);
+    zolfuzz::WriteDumpSeeds(dumpDir.string());
+    if (argc > 3) {
+        CopyMatching(argv[3], dumpDir, [](const fs::path& p) {
+            return p.filename().string().rfind("dump-", 0) == 0;
+        });
+    }
+    std::printf("dump\n");
     return 0;
 }
