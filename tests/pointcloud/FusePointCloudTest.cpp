@@ -67,7 +67,8 @@ TEST(FusePointCloud, CellsHoldRunningMeansAndNormalsByTheSignRule) {
     PointCloud a = Oriented({{0.2, 0.5, 0.5}, {1.5, 0.5, 0.5}}, {{1, 0, 0}, {0, 0, 1}});
     PointCloud b = Oriented({{0.5, 0.2, 0.5}}, {{0, 1, 0}});
     PointCloud c = Oriented({{0.8, 0.8, 0.2}}, {{0, -1, 0}});
-    const std::vector<double> attrA = {1, 10, 7, 70}, attrB = {4, 40}, attrC = {7, 100};
+    // Five values over two points: m = 5 / 2 = 2, and the fifth value is not read.
+    const std::vector<double> attrA = {1, 10, 7, 70, 999}, attrB = {4, 40}, attrC = {7, 100};
     FusePointCloud fuse(2, 1, 1, Vector3(0, 0, 0), Vector3(2, 1, 1), true);
     ASSERT_EQ(fuse.UpdateFuseFunction(&a, nullptr, &attrA), RESULT_OK);
     ASSERT_EQ(fuse.UpdateFuseFunction(&b, nullptr, &attrB), RESULT_OK);
@@ -269,8 +270,7 @@ TEST(FusePointCloud, RefusedCallsLogOneLineAndChangeNothing) {
         {[&] { return fuse.UpdateFuseFunction(&oriented, &emptyMatrix, nullptr); },
          RESULT_INVALID_INPUT, "FusePointCloud::UpdateFuseFunction: transform is empty"},
         {[&] { return fuse.UpdateFuseFunction(&oriented, nullptr, &three); }, RESULT_INVALID_INPUT,
-         "FusePointCloud::UpdateFuseFunction: pointAttributes size is not a multiple of "
-         "pointCount"},
+         "FusePointCloud::UpdateFuseFunction: attribute count 1 differs from fused 0"},
         {[&] { return withAttributes.UpdateFuseFunction(&plain, nullptr, nullptr); },
          RESULT_INVALID_INPUT,
          "FusePointCloud::UpdateFuseFunction: attribute count 0 differs from fused 2"},

@@ -187,10 +187,12 @@ TEST(SamplePointCloud, GridSampleOrderMatchesBucketsOfOrderedCells) {
     const std::vector<Vector3> scan =
         zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun000.ply"));
     const std::vector<Vector3> many = zoltest::RandomPoints(150000, 8);  // split over workers
-    // The small set at 1e-6 (a box of 6): cell indices beyond 21 bits an axis.
-    const std::pair<const std::vector<Vector3>*, double> cases[] = {{&small, 0.5},   {&small, 7.0},
-                                                                    {&small, 1e-6},  {&scan, 0.002},
-                                                                    {&scan, 0.0005}, {&many, 0.02}};
+    // The small set at 1e-6 (a box of 6): cell indices beyond 21 bits an axis; an infinite
+    // interval makes one cell.
+    const double kInfinite = std::numeric_limits<double>::infinity();
+    const std::pair<const std::vector<Vector3>*, double> cases[] = {
+        {&small, 0.5},  {&small, 7.0},   {&small, 1e-6}, {&small, kInfinite},
+        {&scan, 0.002}, {&scan, 0.0005}, {&many, 0.02}};
     for (const auto& [points, interval] : cases) {
         PointCloud cloud = zoltest::MakeCloud(*points);
         const std::vector<int> expected = GridOracle(*points, interval);
@@ -352,7 +354,7 @@ TEST(SamplePointCloud, EveryFailureLogsItsLinesAndReturnsItsStatus) {
          {"SamplePointCloud::GridSample: interval < REAL_TOL"},
          [&] { return SamplePointCloud::GridSample(&cloud, 1e-16, out); }},
         {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::GridSample: interval is not finite"},
+         {"SamplePointCloud::GridSample: interval is NaN"},
          [&] { return SamplePointCloud::GridSample(&cloud, nan, out); }},
         {RESULT_OK,
          {"SamplePointCloud::_GridSample: pointCount is 0"},
@@ -367,7 +369,7 @@ TEST(SamplePointCloud, EveryFailureLogsItsLinesAndReturnsItsStatus) {
          {"SamplePointCloud::_GridSample input pointList is NULL"},
          [&] { return SamplePointCloud::_GridSample(nullptr, 0.1, out); }},
         {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::_GridSample: interval < REAL_TOL || interval is not finite"},
+         {"SamplePointCloud::_GridSample: interval < REAL_TOL || interval is NaN"},
          [&] { return SamplePointCloud::_GridSample(&list, -1.0, out); }},
     };
     for (const Case& c : cases) {

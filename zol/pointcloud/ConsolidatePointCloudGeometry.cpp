@@ -160,10 +160,7 @@ int ConsolidatePointCloud::_SmoothGeometry(IPointCloud* pointCloud,
     if (status != RESULT_OK) return LogFailure(status, "_SmoothGeometry: InitAnn Failed ", status);
     SetProgress(0.1);
     const int n = pointCloud->GetPointCount();
-    if (selectIndex != nullptr && selectIndex->empty()) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "ConsolidatePointCloud::SmoothGeometry: selectIndex is empty");
-    }
+    // An empty selection is no error: no point moves, and the passes still run.
     std::vector<bool> selected;
     int badIndex = 0;
     if (!MarkPointSelection(selectIndex, n, true, selected, badIndex)) {

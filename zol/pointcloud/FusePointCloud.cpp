@@ -296,12 +296,8 @@ int FusePointCloud::_UpdateFuseFunction(const IPointList* pointList,
         return LogFailure(RESULT_INVALID_INPUT,
                           "FusePointCloud::UpdateFuseFunction: transform is empty");
     }
+    // m = size / point count, rounded down: values beyond m per point are not read.
     const std::size_t attributeSize = pointAttributes ? pointAttributes->size() : 0;
-    if (attributeSize % static_cast<std::size_t>(pointCount) != 0) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "FusePointCloud::UpdateFuseFunction: pointAttributes size is not a "
-                          "multiple of pointCount");
-    }
     if (mpFuseTree == nullptr) {
         return LogFailure(RESULT_STEP_FAIL, "FusePointCloud::UpdateFuseFunction: FuseTree is NULL");
     }
