@@ -4,7 +4,6 @@
 // cell sees its points in the same order for any thread count.
 #include <zol/pointcloud/FusePointCloud.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <typeinfo>
@@ -19,7 +18,6 @@
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
-#include <zol/runtime/ParallelInternal.h>
 
 namespace ZOL {
 
