@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <sstream>
@@ -123,6 +124,51 @@ TEST(FusePointCloud, OutputIsInAscendingCellOrderAndTheRangeIsOneSided) {
             << j;
     }
     EXPECT_EQ(fused.GetPointCoord(64), Vector3(9.5, 0.5, 0.5));
+}
+
+TEST(FusePointCloud, CellsComeOutInGridOrderForAnyIndexWidth) {
+    // Index widths from a few bits to 31 bits per axis, so that the packed keys take one
+    // or several sorting passes, or no longer fit one integer; on a plane every z index
+    // is the same.
+    const struct {
+        int resolution;
+        double spread;  ///< points lie in [0, spread)^3 of a grid over [0, 1]^3
+        bool plane;
+    } cases[] = {{8, 12.0, false}, {4096, 1.0, false}, {4096, 1.0, true}, {1, 2.0e9, false}};
+    for (const auto& c : cases) {
+        std::vector<Vector3> points;
+        std::uint64_t state = 12345;
+        auto uniform = [&state, &c]() {
+            state = state * 6364136223846793005ull + 1442695040888963407ull;
+            return c.spread * static_cast<double>(state >> 11) / 9007199254740992.0;
+        };
+        for (int i = 0; i < 3000; ++i) {
+            const double x = uniform(), y = uniform(), z = c.plane ? 0.3 : uniform();
+            points.push_back(Vector3(x, y, z));
+            if (i % 3 == 0) points.push_back(Vector3(x, y, z) * 0.999);  // often one cell
+        }
+        // Reference: an ordered map of cells with the same running means.
+        const double h = 1.0 / c.resolution;
+        std::map<std::tuple<int, int, int>, std::pair<Vector3, double>> cells;
+        for (const Vector3& p : points) {
+            auto& cell = cells[std::make_tuple(int(p.x / h), int(p.y / h), int(p.z / h))];
+            cell.first = (cell.first * cell.second + p) / (cell.second + 1.0);
+            cell.second += 1.0;
+        }
+        PointCloud cloud = zoltest::MakeCloud(points);
+        FusePointCloud fuse(c.resolution, c.resolution, c.resolution, Vector3(0, 0, 0),
+                            Vector3(1, 1, 1), false);
+        ASSERT_EQ(fuse.UpdateFuseFunction(&cloud, nullptr, nullptr), RESULT_OK);
+        PointCloud fused = Extracted(fuse);
+        ASSERT_EQ(fused.GetPointCount(), static_cast<int>(cells.size())) << c.resolution;
+        int i = 0;
+        for (const auto& cell : cells) {
+            const Vector3 got = fused.GetPointCoord(i++);
+            ASSERT_TRUE(got.x == cell.second.first.x && got.y == cell.second.first.y &&
+                        got.z == cell.second.first.z)
+                << c.resolution << " cell " << i;
+        }
+    }
 }
 
 TEST(FusePointCloud, RealScansMatchANestedMapReference) {
