@@ -159,8 +159,8 @@ TEST(IcpRegistrateTest, BadArgumentsLogTheirLineAndCode) {
          "ICPRegistrateWithNormal fromPointCount < 3 || refPointCount < 3"},
         {worker(&cloud, &cloud, true, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT,
          "ICPRegistrateWithNormal hasNormal == true but a cloud has no normal"},
-        {worker(&cloud, &cloud, false, 0, nullptr, &negativeTol), false, RESULT_INVALID_INPUT,
-         "ICPRegistrateWithNormal invalid distanceTol: -1"},
+        {worker(&cloud, &cloud, false, 0, nullptr, &nan), false, RESULT_INVALID_INPUT,
+         "ICPRegistrateWithNormal invalid distanceTol: nan"},
         {worker(&withNan, &cloud, false, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT,
          "ICPRegistrateWithNormal pointCloudRef has a non-finite coordinate"},
         {worker(&cloud, &withNan, false, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT,
@@ -180,4 +180,7 @@ TEST(IcpRegistrateTest, BadArgumentsLogTheirLineAndCode) {
         EXPECT_EQ(log.LinesWithoutPools(), std::vector<std::string>{c.line});
         EXPECT_EQ(result.GetValue(0), 7.0);
     }
+    // A tolerance below 1e-15, even a negative one, is raised to 1e-15 and is no error.
+    Matrix4x4 result;
+    EXPECT_EQ(worker(&cloud, &cloud, false, 0, nullptr, &negativeTol)(&result), RESULT_OK);
 }
