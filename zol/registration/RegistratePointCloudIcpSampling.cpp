@@ -78,7 +78,12 @@ int ReduceOnGrid(const IPointCloud* pointCloud,
                  std::vector<int>* kept) {
     PointCloudPointList list(pointCloud);
     Vector3 boxMin, boxMax;
-    const int status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
+    int status;
+    {
+        // A library operation of its own: its progress reset must not show inside ICP.
+        ProgressSuspendScope suspend;
+        status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
+    }
     if (status != RESULT_OK) return status;
     std::vector<double> xyz;
     CopyPointListCoords(&list, &xyz);
@@ -240,7 +245,11 @@ int FastCalculateDistanceTol(const IPointCloud* pointCloudRef,
     }
     PointCloudPointList list(pointCloudRef);
     Vector3 boxMin, boxMax;
-    int status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
+    int status;
+    {
+        ProgressSuspendScope suspend;
+        status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
+    }
     if (status != RESULT_OK) return status;
     const double resolution = (boxMax - boxMin).Length() / 200.0;
     if (resolution < REAL_TOL) {
