@@ -75,9 +75,7 @@ TEST(IntrinsicColor, ConversionsFollowTheSectorsAndTieRules) {
         {{390, 1, 1}, {1, 6.5, 0}, nullptr},
         {{390, 0.5, 0.8}, {0.8, 3.0, 0.4}, nullptr},
         {{360, 1, 1}, {1, 6, 0}, nullptr},
-        // The sector is H / 60 truncated toward zero: -30 is sector 0 with f = -0.5.
-        {{-30, 1, 1}, {1, -0.5, 0}, nullptr},
-        {{-60, 1, 1}, {0, 0, 0}, "ConvertHSV2RGB: error h=-60"},
+        {{-30, 1, 1}, {0, 0, 0}, "ConvertHSV2RGB: error h=-30"},
         {{-120, 0.5, 0.5}, {0, 0, 0}, "ConvertHSV2RGB: error h=-120"},
     };
     for (const auto& c : hsvOnly) {

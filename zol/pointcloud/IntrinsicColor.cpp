@@ -63,10 +63,8 @@ Vector3 IntrinsicColor::ConvertRGB2HSV(const Vector3& rgb) {
 
 Vector3 IntrinsicColor::ConvertHSV2RGB(const Vector3& hsv) {
     const double h = hsv.x, s = hsv.y, v = hsv.z;
-    // The sector is H / 60 truncated toward zero: from -60 down it is negative and has no
-    // colour, and a hue between -60 and 0 still lands in sector 0. Non-finite hues and
-    // those whose integer part does not fit have no sector either.
-    if (!(h / 60.0 > -1.0) || !(h / 60.0 < 9.0e18)) {
+    // Negative (and non-finite) hues have no sector; the integer part must also fit.
+    if (!(h >= 0.0) || !(h / 60.0 < 9.0e18)) {
         LogLine("ConvertHSV2RGB: error h=", h);
         return Vector3(0.0, 0.0, 0.0);
     }

@@ -23,11 +23,9 @@ public:
 
     /// HSV to RGB by the six 60-degree sectors of H. H is expected in [0, 360): for 360
     /// or more the sector wraps but its fraction does not (H = 390 gives sector 0 with
-    /// fraction 6.5), and channels outside [0, V] come out unclamped. The sector is H / 60
-    /// truncated toward zero, so an H in (-60, 0) falls in sector 0 with a negative
-    /// fraction.
+    /// fraction 6.5), and channels outside [0, V] come out unclamped.
     /// \param[in] hsv (H in degrees, S, V).
-    /// \return (R, G, B); black (0, 0, 0) for H <= -60 or a non-finite H, which is logged
+    /// \return (R, G, B); black (0, 0, 0) for a negative or non-finite H, which is logged
     ///         ("ConvertHSV2RGB: error h=" followed by H).
     static Vector3 ConvertHSV2RGB(const Vector3& hsv);
 
