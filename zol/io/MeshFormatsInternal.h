@@ -117,7 +117,7 @@ bool AddPolygonLines(LineCursor& lines, int count, MeshData& data, const char* r
 void PutTriangleLines(FileWriter& out, ITriMesh& mesh, std::string_view prefix, int indexBase);
 
 /// Closes \p writer's file and checks that every byte arrived.
-/// \return 0, or -1 after the line "<writer>: file could not be written".
+/// \return RESULT_OK, or RESULT_FAIL (-1) after the line "<writer>: file could not be written".
 int FinishWrite(FileWriter& writer, const char* writerName);
 
 /// Checks a count read from a file's header before anything is sized by it: each item

@@ -85,8 +85,8 @@ void PutPointFields(
 int ColorToByte(double c);
 
 /// Opens \p fileName, lets \p put write the content and closes the file.
-/// \return 0, or -2 after the line "<writer>: file could not open" when the file could
-///         not be opened or not every byte was written.
+/// \return RESULT_OK, or RESULT_INVALID_INPUT (-2) after the line "<writer>: file could
+///         not open" when the file could not be opened or not every byte was written.
 template <typename Put>
 int WritePointFile(const std::string& fileName, const char* writer, Put put) {
     FileWriter out(fileName);
