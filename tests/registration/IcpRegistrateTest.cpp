@@ -12,9 +12,11 @@
 #include <vector>
 
 #include <zol/registration/RegistratePointCloud.h>
+#include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/PointCloudInfo.h>
 
+#include "tests/common/HostContainers.h"
 #include "tests/common/PointData.h"
 #include "tests/common/ScanData.h"
 #include "tests/common/TestData.h"
@@ -64,6 +66,28 @@ TEST(IcpRegistrateTest, CloudOntoItself_GivesTheIdentityAtTheFirstIteration) {
     EXPECT_EQ(log.LinesWithoutPools(),
               (std::vector<std::string>{"ICPRegistrateWithNormal early stop itrId=0",
                                         "ICPRegistrateWithNormal: stop try"}));
+}
+
+TEST(IcpRegistrateTest, ProgressSeenByTheCloudReadsNeverFallsBack) {
+    // A host cloud notes the progress at every coordinate read: nested steps (bounding
+    // box, samplers, grid sample) must not reset it between the milestones.
+    struct ProgressCloud : zoltest::HostCloud {
+        using HostCloud::HostCloud;
+        Vector3 GetPointCoord(int pointId) override {
+            seen.push_back(GetApiProgress());
+            return HostCloud::GetPointCoord(pointId);
+        }
+        std::vector<double> seen;
+    };
+    const PointCloud& scan = zoltest::BunnyScan("bun045");
+    ProgressCloud cloud(std::vector<Vector3>(scan.GetPointCoordData(),
+                                             scan.GetPointCoordData() + scan.GetPointCount()));
+    Matrix4x4 result;
+    ASSERT_EQ(RegistratePointCloud::ICPRegistrate(&cloud, nullptr, &cloud, nullptr, &result,
+                                                  nullptr, false),
+              RESULT_OK);
+    EXPECT_TRUE(std::is_sorted(cloud.seen.begin(), cloud.seen.end()));
+    EXPECT_EQ(cloud.seen.back(), 0.4);  // the tolerance's grid sample reads last
 }
 
 TEST(IcpRegistrateTest, MarksPinTheSlideThatAPlaneLeavesFree) {
@@ -159,8 +183,8 @@ TEST(IcpRegistrateTest, BadArgumentsLogTheirLineAndCode) {
          "ICPRegistrateWithNormal fromPointCount < 3 || refPointCount < 3"},
         {worker(&cloud, &cloud, true, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT,
          "ICPRegistrateWithNormal hasNormal == true but a cloud has no normal"},
-        {worker(&cloud, &cloud, false, 0, nullptr, &negativeTol), false, RESULT_INVALID_INPUT,
-         "ICPRegistrateWithNormal invalid distanceTol: -1"},
+        {worker(&cloud, &cloud, false, 0, nullptr, &nan), false, RESULT_INVALID_INPUT,
+         "ICPRegistrateWithNormal invalid distanceTol: nan"},
         {worker(&withNan, &cloud, false, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT,
          "ICPRegistrateWithNormal pointCloudRef has a non-finite coordinate"},
         {worker(&cloud, &withNan, false, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT,
@@ -180,4 +204,7 @@ TEST(IcpRegistrateTest, BadArgumentsLogTheirLineAndCode) {
         EXPECT_EQ(log.LinesWithoutPools(), std::vector<std::string>{c.line});
         EXPECT_EQ(result.GetValue(0), 7.0);
     }
+    // A tolerance below 1e-15, even a negative one, is raised to 1e-15 and is no error.
+    Matrix4x4 result;
+    EXPECT_EQ(worker(&cloud, &cloud, false, 0, nullptr, &negativeTol)(&result), RESULT_OK);
 }

@@ -313,7 +313,7 @@ int ConsolidatePointCloud::_SmoothGeometryByNormal(IPointCloud* pointCloud,
                             sum += FlatPoint(xyz, row[e]) * w;
                         }
                     }
-                    const Vector3 mean = sum * (1.0 / weights);
+                    const Vector3 mean = sum / weights;
                     newCoords[i] = p + normal * ((mean - p) * normal);
                 }
             },

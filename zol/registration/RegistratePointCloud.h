@@ -75,11 +75,12 @@ public:
     /// \param[in] fromSampleIds fromSampleCount point ids to use instead of sampling; null
     ///            to sample.
     /// \param[in] distanceTol pairing distance unit in the clouds' length unit; null to
-    ///            derive it from the ref point spacing (FastCalculateDistanceTol).
+    ///            derive it from the ref point spacing (FastCalculateDistanceTol). Values
+    ///            below 1e-15, negative ones included, are raised to 1e-15.
     /// \param[in] tryCount outer passes; below 1 means 1.
-    /// \return as ICPRegistrate, and RESULT_INVALID_INPUT (-2) for a non-finite or
-    ///         negative distanceTol ("ICPRegistrateWithNormal invalid distanceTol: " and
-    ///         the value; checked before the coordinates), and after the index is built
+    /// \return as ICPRegistrate, and RESULT_INVALID_INPUT (-2) for a NaN distanceTol
+    ///         ("ICPRegistrateWithNormal invalid distanceTol: " and the value; checked
+    ///         before the coordinates), and after the index is built
     ///         for fromSampleCount < 0 ("invalid fromSampleCount: " and the value),
     ///         sample ids with a count of 0 ("ICPRegistrateWithNormal fromSampleIds given
     ///         with fromSampleCount 0") or a sample id outside the from cloud

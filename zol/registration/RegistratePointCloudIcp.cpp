@@ -354,7 +354,9 @@ int RegistratePointCloud::_ICPRegistrate(const IPointCloud* pointCloudRef,
         return LogFailure(RESULT_INVALID_INPUT,
                           "ICPRegistrateWithNormal hasNormal == true but a cloud has no normal");
     }
-    if (distanceTol && !(*distanceTol >= 0.0 && std::isfinite(*distanceTol))) {
+    // A tolerance below 1e-15 (negative ones too) is raised to 1e-15 further down; only
+    // NaN, which no comparison can order, is refused.
+    if (distanceTol && std::isnan(*distanceTol)) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "ICPRegistrateWithNormal invalid distanceTol: ", *distanceTol);
     }

@@ -25,8 +25,6 @@ namespace {
 constexpr int kMaxReduceResolution = 1 << 20;
 /// Points of the sampling subset per sample wanted.
 constexpr int kSubsetPerSample = 4;
-/// Grid samples that the distance tolerance averages over, at most.
-constexpr int kToleranceSamples = 4096;
 /// Neighbours of a sample for its plane-fit normal.
 constexpr int kSampleNormalNeighbors = 10;
 
@@ -80,7 +78,12 @@ int ReduceOnGrid(const IPointCloud* pointCloud,
                  std::vector<int>* kept) {
     PointCloudPointList list(pointCloud);
     Vector3 boxMin, boxMax;
-    const int status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
+    int status;
+    {
+        // A library operation of its own: its progress reset must not show inside ICP.
+        ProgressSuspendScope suspend;
+        status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
+    }
     if (status != RESULT_OK) return status;
     std::vector<double> xyz;
     CopyPointListCoords(&list, &xyz);
@@ -242,7 +245,11 @@ int FastCalculateDistanceTol(const IPointCloud* pointCloudRef,
     }
     PointCloudPointList list(pointCloudRef);
     Vector3 boxMin, boxMax;
-    int status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
+    int status;
+    {
+        ProgressSuspendScope suspend;
+        status = CalculatePointListBoundingBox(&list, boxMin, boxMax);
+    }
     if (status != RESULT_OK) return status;
     const double resolution = (boxMax - boxMin).Length() / 200.0;
     if (resolution < REAL_TOL) {
@@ -262,13 +269,10 @@ int FastCalculateDistanceTol(const IPointCloud* pointCloudRef,
     }
     Ann* ann = refInfo.GetAnn();
     const int k = std::max(1, std::min(neighborCount, ann->GetPointCount()));
-    // The mean is taken over an evenly strided part of the grid sample when that is
-    // large: the grid already spreads the samples, and a dense scan keeps tens of
-    // thousands of them.
-    const size_t stride = (ids.size() + kToleranceSamples - 1) / kToleranceSamples;
     std::vector<double> sampleXyz;
-    for (size_t s = 0; s < ids.size(); s += stride) {
-        const Vector3 p = list.GetPointCoord(ids[s]);
+    sampleXyz.reserve(3 * ids.size());
+    for (int id : ids) {
+        const Vector3 p = list.GetPointCoord(id);
         sampleXyz.insert(sampleXyz.end(), {p.x, p.y, p.z});
     }
     const int sampleCount = static_cast<int>(sampleXyz.size() / 3);

@@ -83,11 +83,11 @@ int ComputeSamplePointNormal(const IPointCloud* pointCloud,
 /// nearest points, the point itself included (so about 2/3 of the spacing for 3).
 /// \param[in,out] refInfo context of \p pointCloudRef with a built index.
 /// \param[out] distanceTol the tolerance.
-/// \return RESULT_OK (0); RESULT_INVALID_INPUT (-2) for a null argument or a bounding
-///         box without extent ("FastCalculateDistanceTol: pointCloudRef is a singular
-///         point"); the bounding box's, the grid sample's ("RegistratePointCloud::
-///         FastCalculateDistanceTol: SamplePointCloud::GridSample Failed: " and the code)
-///         or the neighbour query's status.
+/// \return RESULT_OK (0); RESULT_INVALID_INPUT (-2) for a null argument; RESULT_FAIL
+///         (-1) for a bounding box without extent ("FastCalculateDistanceTol:
+///         pointCloudRef is a singular point"); the bounding box's, the grid sample's
+///         ("RegistratePointCloud:: FastCalculateDistanceTol: SamplePointCloud::GridSample Failed:
+///         " and the code) or the neighbour query's status.
 int FastCalculateDistanceTol(const IPointCloud* pointCloudRef,
                              PointCloudInfo& refInfo,
                              int neighborCount,
