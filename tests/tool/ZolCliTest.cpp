@@ -17,6 +17,7 @@
 #include <zol/zol.h>
 
 #include "tests/common/PointData.h"
+#include "tests/common/ScanData.h"
 #include "tests/common/TestData.h"
 
 namespace {
@@ -29,10 +30,6 @@ struct ToolRun {
     std::string out;
     std::string err;
 };
-
-// bun045 -> bun000 from bun.conf (3 x 4, row-major), as the data's README derives it.
-const double kBun045ToBun000[12] = {0.826351, -0.010600, 0.563056,  -0.052021, 0.004137, 0.999910,
-                                    0.012754, -0.000384, -0.563141, -0.008210, 0.826320, -0.010922};
 
 // Every number of a text, in order ("#" lines skipped).
 std::vector<double> Numbers(const std::string& text) {
@@ -47,19 +44,11 @@ std::vector<double> Numbers(const std::string& text) {
     return values;
 }
 
-// Rotation angle (degrees) and translation distance between a 4 x 4 pose given as 16
-// numbers from \p at and the 3 x 4 truth.
-std::pair<double, double> PoseError(const std::vector<double>& pose,
-                                    std::size_t at,
-                                    const double* truth) {
-    double trace = 0.0;  // trace of truth^T * pose
-    for (int r = 0; r < 3; ++r) {
-        for (int c = 0; c < 3; ++c) trace += truth[4 * r + c] * pose[at + 4 * r + c];
-    }
-    double shift = 0.0;
-    for (int r = 0; r < 3; ++r) shift += std::pow(pose[at + 4 * r + 3] - truth[4 * r + 3], 2);
-    return {std::acos(std::clamp((trace - 1.0) / 2.0, -1.0, 1.0)) * 180.0 / ZOL::ZOL_PI,
-            std::sqrt(shift)};
+// How far the 4 x 4 pose given as 16 numbers from \p at is from bun.conf's bun045 -> bun000.
+zoltest::PoseError ErrorOf045(const std::vector<double>& pose, std::size_t at = 0) {
+    ZOL::Matrix4x4 found(0.0);
+    for (int k = 0; k < 16 && at + k < pose.size(); ++k) found.SetValue(k, pose[at + k]);
+    return zoltest::ComparePoses(found, zoltest::BunnyTruth("bun045", "bun000"), Vector3());
 }
 
 class ZolCli : public ::testing::Test {
@@ -305,30 +294,25 @@ TEST_F(ZolCli, SmoothedCloud_IsTheSameOnOneAndTwoThreads) {
 TEST_F(ZolCli, RegisterScan045OntoScan000_FindsTheGroundTruth) {
     ToolRun run = Run("register " + kScan000 + " " + kScan045 + " -o moved.ply --matrix pose.txt");
     ASSERT_EQ(run.code, 0) << run.err;
-    auto [degrees, shift] =
-        PoseError(Numbers(zoltest::ReadFile(In("pose.txt"))), 0, kBun045ToBun000);
-    EXPECT_LT(degrees, 0.5);
-    EXPECT_LT(shift, 0.001);  // metres
+    zoltest::PoseError error = ErrorOf045(Numbers(zoltest::ReadFile(In("pose.txt"))));
+    EXPECT_LT(error.degrees, 0.5);
+    EXPECT_LT(error.distance, 0.001);  // metres
     EXPECT_NE(Run("info moved.ply").out.find("points          40097"), std::string::npos);
     // ICP alone from a start three degrees and 5 mm off the truth.
-    ZOL::Matrix4x4 start;
-    start.InitIdentityTransform();
-    for (int k = 0; k < 12; ++k) start.SetValue(k, kBun045ToBun000[k]);
     ZOL::Matrix4x4 nudge;
     nudge.GenerateVectorToVectorRotation(Vector3(1, 0, 0),
                                          Vector3(std::cos(0.0524), std::sin(0.0524), 0));
     nudge.SetValue(0, 3, 0.005);
-    start = nudge * start;
+    const ZOL::Matrix4x4 start = nudge * zoltest::BunnyTruth("bun045", "bun000");
     std::ostringstream text;
     text.precision(17);
     for (int k = 0; k < 16; ++k) text << start.GetValue(k) << (k % 4 == 3 ? "\n" : " ");
     zoltest::WriteFile(In("start.txt"), text.str());
     run = Run("register " + kScan000 + " " + kScan045 + " --init start.txt --matrix refined.txt");
     ASSERT_EQ(run.code, 0) << run.err;
-    std::tie(degrees, shift) =
-        PoseError(Numbers(zoltest::ReadFile(In("refined.txt"))), 0, kBun045ToBun000);
-    EXPECT_LT(degrees, 0.5);
-    EXPECT_LT(shift, 0.001);
+    error = ErrorOf045(Numbers(zoltest::ReadFile(In("refined.txt"))));
+    EXPECT_LT(error.degrees, 0.5);
+    EXPECT_LT(error.distance, 0.001);
 }
 
 TEST_F(ZolCli, MergedScans_MatchTheGroundTruthAndAreTheSameOnOneAndTwoThreads) {
@@ -339,11 +323,11 @@ TEST_F(ZolCli, MergedScans_MatchTheGroundTruthAndAreTheSameOnOneAndTwoThreads) {
     EXPECT_EQ(zoltest::ReadFile(In("one.zpc")), zoltest::ReadFile(In("two.zpc")));
     const std::vector<double> poses = Numbers(zoltest::ReadFile(In("poses.txt")));
     ASSERT_EQ(poses.size(), 32u);
-    const double identity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
-    EXPECT_EQ(PoseError(poses, 0, identity), std::make_pair(0.0, 0.0));
-    const auto [degrees, shift] = PoseError(poses, 16, kBun045ToBun000);
-    EXPECT_LT(degrees, 0.5);
-    EXPECT_LT(shift, 0.001);
+    EXPECT_EQ(std::vector<double>(poses.begin(), poses.begin() + 16),
+              (std::vector<double>{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
+    const zoltest::PoseError error = ErrorOf045(poses, 16);
+    EXPECT_LT(error.degrees, 0.5);
+    EXPECT_LT(error.distance, 0.001);
     EXPECT_NE(run.out.find("merged 2 scans: "), std::string::npos) << run.out;
 }
 
