@@ -9,7 +9,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <sstream>
 #include <tuple>
@@ -215,69 +214,43 @@ TEST_F(ZolCli, ConvertKeepsTheScannerGridAndTextReadsBackToTheSameBytes) {
 
 TEST_F(ZolCli, NormalsOfARangeScan_FaceTheScanner) {
     ASSERT_EQ(Run("normals " + kScan000 + " normals.xyzn").code, 0);
-    std::ifstream in(In("normals.xyzn"));
-    double x, y, z, nx, ny, nz;
-    int count = 0, facing = 0;
-    while (in >> x >> y >> z >> nx >> ny >> nz) {
-        ++count;
-        facing += nz > 0.0;  // the scanner of bun000 looks down the z axis
-    }
-    EXPECT_EQ(count, 40256);
-    EXPECT_GT(facing, 0.99 * count);
+    const std::vector<double> columns = Numbers(zoltest::ReadFile(In("normals.xyzn")));
+    ASSERT_EQ(columns.size(), 6u * 40256);
+    int facing = 0;  // the scanner of bun000 looks down the z axis
+    for (std::size_t i = 5; i < columns.size(); i += 6) facing += columns[i] > 0.0;
+    EXPECT_GT(facing, 0.99 * 40256);
 }
 
-TEST_F(ZolCli, SampleKeepsInputPoints_GridSampleOnePerOccupiedCell) {
+TEST_F(ZolCli, SampleKeepsInputPoints_GridSampleIsTheLibrarys) {
     ASSERT_EQ(Run("sample " + kScan000 + " uniform.xyz -n 500").code, 0);
+    ASSERT_EQ(Run("sample " + kScan000 + " grid.xyz -m grid --interval 0.004").code, 0);
     const std::vector<Vector3> points = zoltest::LoadPlyVertices(kScan000);
     std::set<std::tuple<double, double, double>> input;
     for (const Vector3& p : points) input.emplace(p.x, p.y, p.z);
-    std::ifstream uniform(In("uniform.xyz"));
-    double x, y, z;
-    int kept = 0;
-    while (uniform >> x >> y >> z) kept += input.count({x, y, z}) == 1 ? 1 : 100000;
-    EXPECT_EQ(kept, 500);
-
-    const double cell = 0.004;
-    ASSERT_EQ(Run("sample " + kScan000 + " grid.xyz -m grid --interval 0.004").code, 0);
-    Vector3 lo = points[0];
-    for (const Vector3& p : points) {
-        for (int a = 0; a < 3; ++a) lo[a] = std::min(lo[a], p[a]);
-    }
-    // The grid starts just below the lowest point, as GridSample anchors it.
-    const Vector3 origin = lo - Vector3(1e-15, 1e-15, 1e-15);
-    const auto key = [&](double px, double py, double pz) {
-        return std::make_tuple(std::floor((px - origin.x) / cell),
-                               std::floor((py - origin.y) / cell),
-                               std::floor((pz - origin.z) / cell));
-    };
-    std::set<std::tuple<double, double, double>> occupied, sampled;
-    for (const Vector3& p : points) occupied.insert(key(p.x, p.y, p.z));
-    std::ifstream grid(In("grid.xyz"));
-    int count = 0;
-    while (grid >> x >> y >> z) ++count, sampled.insert(key(x, y, z));
-    EXPECT_EQ(count, static_cast<int>(occupied.size()));
-    EXPECT_EQ(sampled, occupied);
+    const std::vector<double> uniform = Numbers(zoltest::ReadFile(In("uniform.xyz")));
+    ASSERT_EQ(uniform.size(), 3u * 500);
+    for (std::size_t i = 0; i < uniform.size(); i += 3)
+        EXPECT_EQ(input.count({uniform[i], uniform[i + 1], uniform[i + 2]}), 1u) << i / 3;
+    // Text output keeps every digit: the grid sample is the library's, point for point.
+    ZOL::PointCloud cloud = zoltest::MakeCloud(points);
+    std::vector<int> ids;
+    ASSERT_EQ(ZOL::SamplePointCloud::GridSample(&cloud, 0.004, ids), ZOL::RESULT_OK);
+    std::vector<double> expected;
+    for (int id : ids) expected.insert(expected.end(), {points[id].x, points[id].y, points[id].z});
+    EXPECT_EQ(Numbers(zoltest::ReadFile(In("grid.xyz"))), expected);
 }
 
-TEST_F(ZolCli, DensityOfASmallCloud_MatchesBruteForce) {
-    std::vector<Vector3> points;
-    std::ifstream in(kSmallCloud);
-    double v[6];
-    while (in >> v[0] >> v[1] >> v[2] >> v[3] >> v[4] >> v[5])
-        points.emplace_back(v[0], v[1], v[2]);
-    std::vector<double> means;
-    for (const Vector3& p : points) {
-        const std::vector<zoltest::Neighbor> near = zoltest::BruteForceNearest(points, p, 8);
-        double sum = 0.0;
-        for (int k = 1; k < 8; ++k) sum += std::sqrt(near[k].squaredDistance);
-        means.push_back(sum / 7.0);
-    }
-    std::sort(means.begin(), means.end());
+TEST_F(ZolCli, DensityOfASmallCloud_IsTheLibrarysPointSpacingOfEightNeighbours) {
+    std::unique_ptr<ZOL::PointCloud> cloud(ZOL::Parser::ImportPointCloud(kSmallCloud));
+    ASSERT_NE(cloud, nullptr);
+    ZOL::PointCloudPointList list(cloud.get());
+    double spacing = 0.0;
+    ASSERT_EQ(ZOL::CalculatePointListDensity(&list, 8, spacing), ZOL::RESULT_OK);
     char expected[256];
     std::snprintf(expected, sizeof(expected),
                   "%s: point spacing %.6g (397 points; median of the mean distance to the 7 "
                   "nearest other points)\n",
-                  kSmallCloud.c_str(), means[(means.size() + 1) / 2 - 1]);
+                  kSmallCloud.c_str(), spacing);
     EXPECT_EQ(Run("density " + kSmallCloud).out, expected);
 }
 
