@@ -7,30 +7,6 @@ namespace zoltest {
 
 using ZOL::Vector3;
 
-void HostVectors::Set(int i, const Vector3& v) {
-    x[i] = v.x;
-    y[i] = v.y;
-    z[i] = v.z;
-}
-
-void HostVectors::Append(const Vector3& v) {
-    x.push_back(v.x);
-    y.push_back(v.y);
-    z.push_back(v.z);
-}
-
-void HostVectors::Swap(int i, int j) {
-    std::swap(x[i], x[j]);
-    std::swap(y[i], y[j]);
-    std::swap(z[i], z[j]);
-}
-
-void HostVectors::Resize(int count) {
-    x.resize(count);
-    y.resize(count);
-    z.resize(count);
-}
-
 HostCloud::HostCloud(const std::vector<Vector3>& points, const std::vector<Vector3>* normals)
     : mHasNormal(normals != nullptr) {
     for (size_t i = 0; i < points.size(); ++i) {

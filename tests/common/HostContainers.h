@@ -4,6 +4,7 @@
 // TriMesh to show that no algorithm depends on the library's own containers.
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include <zol/core/IPointCloud.h>
@@ -14,13 +15,21 @@ namespace zoltest {
 
 /// Three parallel arrays of doubles: x, y and z of each element.
 struct HostVectors {
-    std::vector<double> x, y, z;
-    int Size() const { return static_cast<int>(x.size()); }
-    ZOL::Vector3 Get(int i) const { return ZOL::Vector3(x[i], y[i], z[i]); }
-    void Set(int i, const ZOL::Vector3& v);
-    void Append(const ZOL::Vector3& v);
-    void Swap(int i, int j);
-    void Resize(int count);
+    std::vector<double> axes[3];
+    int Size() const { return static_cast<int>(axes[0].size()); }
+    ZOL::Vector3 Get(int i) const { return ZOL::Vector3(axes[0][i], axes[1][i], axes[2][i]); }
+    void Set(int i, const ZOL::Vector3& v) {
+        for (int k = 0; k < 3; ++k) axes[k][i] = v[k];
+    }
+    void Append(const ZOL::Vector3& v) {
+        for (int k = 0; k < 3; ++k) axes[k].push_back(v[k]);
+    }
+    void Swap(int i, int j) {
+        for (std::vector<double>& axis : axes) std::swap(axis[i], axis[j]);
+    }
+    void Resize(int count) {
+        for (std::vector<double>& axis : axes) axis.resize(count);
+    }
 };
 
 /// A host's point cloud with optional normals.

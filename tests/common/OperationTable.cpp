@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fstream>
 #include <sstream>
+#include <type_traits>
 
 #include <zol/core/IPointList.h>
 #include <zol/core/PointCloud.h>
@@ -39,25 +40,20 @@ namespace {
 
 // ---- Containers -------------------------------------------------------------------
 
-class LibraryMaker : public ContainerMaker {
+/// Makes clouds of type \p CloudType and meshes of type \p MeshType.
+template <typename CloudType, typename MeshType>
+class Maker : public ContainerMaker {
 public:
     std::unique_ptr<IPointCloud> Cloud(const std::vector<Vector3>& points,
                                        const std::vector<Vector3>* normals) const override {
-        return std::make_unique<PointCloud>(MakeCloud(points, normals));
+        if constexpr (std::is_same_v<CloudType, PointCloud>) {
+            return std::make_unique<PointCloud>(MakeCloud(points, normals));
+        } else {
+            return std::make_unique<CloudType>(points, normals);
+        }
     }
     std::unique_ptr<ITriMesh> Mesh(const TriMesh& source) const override {
-        return std::make_unique<TriMesh>(source);
-    }
-};
-
-class HostMaker : public ContainerMaker {
-public:
-    std::unique_ptr<IPointCloud> Cloud(const std::vector<Vector3>& points,
-                                       const std::vector<Vector3>* normals) const override {
-        return std::make_unique<HostCloud>(points, normals);
-    }
-    std::unique_ptr<ITriMesh> Mesh(const TriMesh& source) const override {
-        return std::make_unique<HostMesh>(source);
+        return std::make_unique<MeshType>(source);
     }
 };
 
@@ -165,15 +161,15 @@ Outcome GridSampled(const ContainerMaker& maker,
     return out;
 }
 
-/// The first \p count points of the oriented cloud (all for -1) after \p edit, read
-/// back whole.
+/// The first \p count points of the oriented cloud (all for -1), or the scan, after
+/// \p edit, read back whole.
 template <typename Edit>
-Outcome Edited(const ContainerMaker& maker, Edit edit, int count = -1) {
+Outcome Edited(const ContainerMaker& maker, Edit edit, int count = -1, bool scan = false) {
     const Points& input = Oriented();
     const size_t n = count < 0 ? input.points.size() : static_cast<size_t>(count);
     const std::vector<Vector3> points(input.points.begin(), input.points.begin() + n);
     const std::vector<Vector3> normals(input.normals.begin(), input.normals.begin() + n);
-    std::unique_ptr<IPointCloud> cloud = maker.Cloud(points, &normals);
+    std::unique_ptr<IPointCloud> cloud = scan ? maker.Cloud(Scan()) : maker.Cloud(points, &normals);
     Outcome out;
     out.statuses.push_back(edit(cloud.get()));
     Add(out, *cloud);
@@ -183,11 +179,7 @@ Outcome Edited(const ContainerMaker& maker, Edit edit, int count = -1) {
 /// The scan after \p edit, read back whole.
 template <typename Edit>
 Outcome EditedScan(const ContainerMaker& maker, Edit edit) {
-    std::unique_ptr<IPointCloud> cloud = maker.Cloud(Scan());
-    Outcome out;
-    out.statuses.push_back(edit(cloud.get()));
-    Add(out, *cloud);
-    return out;
+    return Edited(maker, edit, -1, true);
 }
 
 std::vector<int> EveryOther(int count) {
@@ -577,12 +569,12 @@ std::vector<Operation> MakeOperations() {
 }  // namespace
 
 const ContainerMaker& LibraryContainers() {
-    static const LibraryMaker maker;
+    static const Maker<PointCloud, TriMesh> maker;
     return maker;
 }
 
 const ContainerMaker& HostContainers() {
-    static const HostMaker maker;
+    static const Maker<HostCloud, HostMesh> maker;
     return maker;
 }
 

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 #include <limits>
 #include <string>
@@ -167,18 +166,16 @@ TEST(IcpRegistrateTest, BadArgumentsLogTheirLineAndCode) {
                                                         ids, tol, 1);
         };
     };
+    const char* kNull =
+        "ICPRegistrate: pointCloudRef == NULL || pointCloudFrom == NULL || resultTransform == NULL";
     struct Case {
         Call call;
         bool nullResult;
         int code;
         const char* line;
     } cases[] = {
-        {worker(nullptr, &cloud, false, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT,
-         "ICPRegistrate: pointCloudRef == NULL || pointCloudFrom == NULL || resultTransform == "
-         "NULL"},
-        {worker(&cloud, &cloud, false, 0, nullptr, nullptr), true, RESULT_INVALID_INPUT,
-         "ICPRegistrate: pointCloudRef == NULL || pointCloudFrom == NULL || resultTransform == "
-         "NULL"},
+        {worker(nullptr, &cloud, false, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT, kNull},
+        {worker(&cloud, &cloud, false, 0, nullptr, nullptr), true, RESULT_INVALID_INPUT, kNull},
         {worker(&cloud, &two, false, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT,
          "ICPRegistrateWithNormal fromPointCount < 3 || refPointCount < 3"},
         {worker(&cloud, &cloud, true, 0, nullptr, nullptr), false, RESULT_INVALID_INPUT,

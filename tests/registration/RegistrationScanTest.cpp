@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include <zol/registration/RegistratePointCloud.h>
 #include <zol/runtime/Constants.h>

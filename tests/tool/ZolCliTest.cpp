@@ -9,7 +9,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <sstream>
 #include <tuple>
@@ -17,6 +16,7 @@
 #include <zol/zol.h>
 
 #include "tests/common/PointData.h"
+#include "tests/common/ScanData.h"
 #include "tests/common/TestData.h"
 
 namespace {
@@ -29,10 +29,6 @@ struct ToolRun {
     std::string out;
     std::string err;
 };
-
-// bun045 -> bun000 from bun.conf (3 x 4, row-major), as the data's README derives it.
-const double kBun045ToBun000[12] = {0.826351, -0.010600, 0.563056,  -0.052021, 0.004137, 0.999910,
-                                    0.012754, -0.000384, -0.563141, -0.008210, 0.826320, -0.010922};
 
 // Every number of a text, in order ("#" lines skipped).
 std::vector<double> Numbers(const std::string& text) {
@@ -47,19 +43,11 @@ std::vector<double> Numbers(const std::string& text) {
     return values;
 }
 
-// Rotation angle (degrees) and translation distance between a 4 x 4 pose given as 16
-// numbers from \p at and the 3 x 4 truth.
-std::pair<double, double> PoseError(const std::vector<double>& pose,
-                                    std::size_t at,
-                                    const double* truth) {
-    double trace = 0.0;  // trace of truth^T * pose
-    for (int r = 0; r < 3; ++r) {
-        for (int c = 0; c < 3; ++c) trace += truth[4 * r + c] * pose[at + 4 * r + c];
-    }
-    double shift = 0.0;
-    for (int r = 0; r < 3; ++r) shift += std::pow(pose[at + 4 * r + 3] - truth[4 * r + 3], 2);
-    return {std::acos(std::clamp((trace - 1.0) / 2.0, -1.0, 1.0)) * 180.0 / ZOL::ZOL_PI,
-            std::sqrt(shift)};
+// How far the 4 x 4 pose given as 16 numbers from \p at is from bun.conf's bun045 -> bun000.
+zoltest::PoseError ErrorOf045(const std::vector<double>& pose, std::size_t at = 0) {
+    ZOL::Matrix4x4 found(0.0);
+    for (int k = 0; k < 16 && at + k < pose.size(); ++k) found.SetValue(k, pose[at + k]);
+    return zoltest::ComparePoses(found, zoltest::BunnyTruth("bun045", "bun000"), Vector3());
 }
 
 class ZolCli : public ::testing::Test {
@@ -226,69 +214,43 @@ TEST_F(ZolCli, ConvertKeepsTheScannerGridAndTextReadsBackToTheSameBytes) {
 
 TEST_F(ZolCli, NormalsOfARangeScan_FaceTheScanner) {
     ASSERT_EQ(Run("normals " + kScan000 + " normals.xyzn").code, 0);
-    std::ifstream in(In("normals.xyzn"));
-    double x, y, z, nx, ny, nz;
-    int count = 0, facing = 0;
-    while (in >> x >> y >> z >> nx >> ny >> nz) {
-        ++count;
-        facing += nz > 0.0;  // the scanner of bun000 looks down the z axis
-    }
-    EXPECT_EQ(count, 40256);
-    EXPECT_GT(facing, 0.99 * count);
+    const std::vector<double> columns = Numbers(zoltest::ReadFile(In("normals.xyzn")));
+    ASSERT_EQ(columns.size(), 6u * 40256);
+    int facing = 0;  // the scanner of bun000 looks down the z axis
+    for (std::size_t i = 5; i < columns.size(); i += 6) facing += columns[i] > 0.0;
+    EXPECT_GT(facing, 0.99 * 40256);
 }
 
-TEST_F(ZolCli, SampleKeepsInputPoints_GridSampleOnePerOccupiedCell) {
+TEST_F(ZolCli, SampleKeepsInputPoints_GridSampleIsTheLibrarys) {
     ASSERT_EQ(Run("sample " + kScan000 + " uniform.xyz -n 500").code, 0);
+    ASSERT_EQ(Run("sample " + kScan000 + " grid.xyz -m grid --interval 0.004").code, 0);
     const std::vector<Vector3> points = zoltest::LoadPlyVertices(kScan000);
     std::set<std::tuple<double, double, double>> input;
     for (const Vector3& p : points) input.emplace(p.x, p.y, p.z);
-    std::ifstream uniform(In("uniform.xyz"));
-    double x, y, z;
-    int kept = 0;
-    while (uniform >> x >> y >> z) kept += input.count({x, y, z}) == 1 ? 1 : 100000;
-    EXPECT_EQ(kept, 500);
-
-    const double cell = 0.004;
-    ASSERT_EQ(Run("sample " + kScan000 + " grid.xyz -m grid --interval 0.004").code, 0);
-    Vector3 lo = points[0];
-    for (const Vector3& p : points) {
-        for (int a = 0; a < 3; ++a) lo[a] = std::min(lo[a], p[a]);
-    }
-    // The grid starts just below the lowest point, as GridSample anchors it.
-    const Vector3 origin = lo - Vector3(1e-15, 1e-15, 1e-15);
-    const auto key = [&](double px, double py, double pz) {
-        return std::make_tuple(std::floor((px - origin.x) / cell),
-                               std::floor((py - origin.y) / cell),
-                               std::floor((pz - origin.z) / cell));
-    };
-    std::set<std::tuple<double, double, double>> occupied, sampled;
-    for (const Vector3& p : points) occupied.insert(key(p.x, p.y, p.z));
-    std::ifstream grid(In("grid.xyz"));
-    int count = 0;
-    while (grid >> x >> y >> z) ++count, sampled.insert(key(x, y, z));
-    EXPECT_EQ(count, static_cast<int>(occupied.size()));
-    EXPECT_EQ(sampled, occupied);
+    const std::vector<double> uniform = Numbers(zoltest::ReadFile(In("uniform.xyz")));
+    ASSERT_EQ(uniform.size(), 3u * 500);
+    for (std::size_t i = 0; i < uniform.size(); i += 3)
+        EXPECT_EQ(input.count({uniform[i], uniform[i + 1], uniform[i + 2]}), 1u) << i / 3;
+    // Text output keeps every digit: the grid sample is the library's, point for point.
+    ZOL::PointCloud cloud = zoltest::MakeCloud(points);
+    std::vector<int> ids;
+    ASSERT_EQ(ZOL::SamplePointCloud::GridSample(&cloud, 0.004, ids), ZOL::RESULT_OK);
+    std::vector<double> expected;
+    for (int id : ids) expected.insert(expected.end(), {points[id].x, points[id].y, points[id].z});
+    EXPECT_EQ(Numbers(zoltest::ReadFile(In("grid.xyz"))), expected);
 }
 
-TEST_F(ZolCli, DensityOfASmallCloud_MatchesBruteForce) {
-    std::vector<Vector3> points;
-    std::ifstream in(kSmallCloud);
-    double v[6];
-    while (in >> v[0] >> v[1] >> v[2] >> v[3] >> v[4] >> v[5])
-        points.emplace_back(v[0], v[1], v[2]);
-    std::vector<double> means;
-    for (const Vector3& p : points) {
-        const std::vector<zoltest::Neighbor> near = zoltest::BruteForceNearest(points, p, 8);
-        double sum = 0.0;
-        for (int k = 1; k < 8; ++k) sum += std::sqrt(near[k].squaredDistance);
-        means.push_back(sum / 7.0);
-    }
-    std::sort(means.begin(), means.end());
+TEST_F(ZolCli, DensityOfASmallCloud_IsTheLibrarysPointSpacingOfEightNeighbours) {
+    std::unique_ptr<ZOL::PointCloud> cloud(ZOL::Parser::ImportPointCloud(kSmallCloud));
+    ASSERT_NE(cloud, nullptr);
+    ZOL::PointCloudPointList list(cloud.get());
+    double spacing = 0.0;
+    ASSERT_EQ(ZOL::CalculatePointListDensity(&list, 8, spacing), ZOL::RESULT_OK);
     char expected[256];
     std::snprintf(expected, sizeof(expected),
                   "%s: point spacing %.6g (397 points; median of the mean distance to the 7 "
                   "nearest other points)\n",
-                  kSmallCloud.c_str(), means[(means.size() + 1) / 2 - 1]);
+                  kSmallCloud.c_str(), spacing);
     EXPECT_EQ(Run("density " + kSmallCloud).out, expected);
 }
 
@@ -305,30 +267,25 @@ TEST_F(ZolCli, SmoothedCloud_IsTheSameOnOneAndTwoThreads) {
 TEST_F(ZolCli, RegisterScan045OntoScan000_FindsTheGroundTruth) {
     ToolRun run = Run("register " + kScan000 + " " + kScan045 + " -o moved.ply --matrix pose.txt");
     ASSERT_EQ(run.code, 0) << run.err;
-    auto [degrees, shift] =
-        PoseError(Numbers(zoltest::ReadFile(In("pose.txt"))), 0, kBun045ToBun000);
-    EXPECT_LT(degrees, 0.5);
-    EXPECT_LT(shift, 0.001);  // metres
+    zoltest::PoseError error = ErrorOf045(Numbers(zoltest::ReadFile(In("pose.txt"))));
+    EXPECT_LT(error.degrees, 0.5);
+    EXPECT_LT(error.distance, 0.001);  // metres
     EXPECT_NE(Run("info moved.ply").out.find("points          40097"), std::string::npos);
     // ICP alone from a start three degrees and 5 mm off the truth.
-    ZOL::Matrix4x4 start;
-    start.InitIdentityTransform();
-    for (int k = 0; k < 12; ++k) start.SetValue(k, kBun045ToBun000[k]);
     ZOL::Matrix4x4 nudge;
     nudge.GenerateVectorToVectorRotation(Vector3(1, 0, 0),
                                          Vector3(std::cos(0.0524), std::sin(0.0524), 0));
     nudge.SetValue(0, 3, 0.005);
-    start = nudge * start;
+    const ZOL::Matrix4x4 start = nudge * zoltest::BunnyTruth("bun045", "bun000");
     std::ostringstream text;
     text.precision(17);
     for (int k = 0; k < 16; ++k) text << start.GetValue(k) << (k % 4 == 3 ? "\n" : " ");
     zoltest::WriteFile(In("start.txt"), text.str());
     run = Run("register " + kScan000 + " " + kScan045 + " --init start.txt --matrix refined.txt");
     ASSERT_EQ(run.code, 0) << run.err;
-    std::tie(degrees, shift) =
-        PoseError(Numbers(zoltest::ReadFile(In("refined.txt"))), 0, kBun045ToBun000);
-    EXPECT_LT(degrees, 0.5);
-    EXPECT_LT(shift, 0.001);
+    error = ErrorOf045(Numbers(zoltest::ReadFile(In("refined.txt"))));
+    EXPECT_LT(error.degrees, 0.5);
+    EXPECT_LT(error.distance, 0.001);
 }
 
 TEST_F(ZolCli, MergedScans_MatchTheGroundTruthAndAreTheSameOnOneAndTwoThreads) {
@@ -339,11 +296,11 @@ TEST_F(ZolCli, MergedScans_MatchTheGroundTruthAndAreTheSameOnOneAndTwoThreads) {
     EXPECT_EQ(zoltest::ReadFile(In("one.zpc")), zoltest::ReadFile(In("two.zpc")));
     const std::vector<double> poses = Numbers(zoltest::ReadFile(In("poses.txt")));
     ASSERT_EQ(poses.size(), 32u);
-    const double identity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
-    EXPECT_EQ(PoseError(poses, 0, identity), std::make_pair(0.0, 0.0));
-    const auto [degrees, shift] = PoseError(poses, 16, kBun045ToBun000);
-    EXPECT_LT(degrees, 0.5);
-    EXPECT_LT(shift, 0.001);
+    EXPECT_EQ(std::vector<double>(poses.begin(), poses.begin() + 16),
+              (std::vector<double>{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
+    const zoltest::PoseError error = ErrorOf045(poses, 16);
+    EXPECT_LT(error.degrees, 0.5);
+    EXPECT_LT(error.distance, 0.001);
     EXPECT_NE(run.out.find("merged 2 scans: "), std::string::npos) << run.out;
 }
 
