@@ -5,7 +5,9 @@ BUILD_TYPE ?= Release
 CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps deps-test configure build demo test bench install clean
+FUZZ_SECONDS ?= 10
+
+.PHONY: all deps deps-test deps-fuzz configure build demo test bench fuzz install clean
 MAKEFLAGS += --no-print-directory
 
 all: build
@@ -15,6 +17,9 @@ deps:
 
 deps-test:
 	@bash scripts/install-deps.sh --test
+
+deps-fuzz:
+	@bash scripts/install-deps.sh --fuzz
 
 configure: deps
 	@cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) $(CMAKE_FLAGS) >/dev/null
@@ -27,6 +32,11 @@ demo: build
 
 test: deps-test build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+# The file readers under libFuzzer with address and undefined-behaviour checks, each
+# for FUZZ_SECONDS (build tree build-fuzz, clang).
+fuzz: deps-fuzz
+	@bash scripts/fuzz.sh $(FUZZ_SECONDS)
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b; done

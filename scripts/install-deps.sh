@@ -2,13 +2,16 @@
 # Installs the Debian packages that building and testing need. Idempotent: when
 # everything is present it only asks dpkg and returns at once. With --test it also
 # installs the programs that check our files from outside (STL, OBJ/PLY/OFF readers
-# and the ray tracer), so that the test run does not have to fetch them itself.
+# and the ray tracer), so that the test run does not have to fetch them itself. With
+# --fuzz it installs clang and its sanitizer and libFuzzer runtimes instead.
 set -euo pipefail
 
 packages=(cmake make g++ libgtest-dev libgmock-dev libbenchmark-dev libann-dev
           libeigen3-dev libcli11-dev clang-format)
 if [ "${1:-}" = "--test" ]; then
     packages+=(admesh assimp-utils povray povray-includes)
+elif [ "${1:-}" = "--fuzz" ]; then
+    packages+=(clang libclang-rt-dev)
 fi
 
 missing=()

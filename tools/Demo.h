@@ -1,54 +1,53 @@
-// The steps of `zol demo`: each takes the shared context, prints what it found and
-// returns a one-line result for the closing summary.
+// `zol demo`: a built-in object scanned from several sides as a range scanner would see
+// it, each scan delivered in an unknown pose, merged by the code of `zol merge`, with the
+// recovered poses checked against the truth.
 #pragma once
 
-#include <filesystem>
+#include <memory>
 #include <string>
+#include <vector>
 
-#include <zol/zol.h>
+#include <zol/core/Matrix4x4.h>
+#include <zol/core/PointCloud.h>
+#include <zol/core/TriMesh.h>
 
 namespace zoldemo {
 
-/// What the steps hand on to each other.
-struct DemoContext {
-    std::filesystem::path workDir;  ///< temporary folder for the files the demo writes
-    ZOL::TriMesh scene;             ///< the generated scan: a sphere resting on a table
-    int sphereTriangleCount = 0;    ///< the sphere's triangles come first, the table's after
-    int tableTriangleCount = 0;
-    ZOL::PointCloud cloud{true, true, false};  ///< the scan's vertices as oriented points
+/// The built-in object: a lumpy clay animal about 180 mm long (units: mm), as a triangle
+/// mesh of overlapping closed parts with outward normals (a scanner sees their envelope).
+ZOL::TriMesh MakeFigure();
+
+/// Where a simulated scanner stands and how it sees.
+struct ScannerView {
+    ZOL::Matrix4x4 cameraToWorld;  ///< camera frame: x right, y up, looking along -z
+    int width = 240;               ///< grid cells across
+    int height = 180;              ///< grid cells up
+    double fieldOfView = 36.0;     ///< degrees across the width
+    double depthNoise = 0.05;      ///< standard deviation along the ray, model units
 };
 
-/// Outcome of one step: whether every call it made succeeded, and a short summary.
-struct StepResult {
-    bool ok;
-    std::string summary;
-};
+/// The camera pose looking at \p target from \p distance at \p azimuth degrees about the
+/// world's y axis and \p elevation degrees above its x-z plane.
+ZOL::Matrix4x4 LookFrom(double azimuth,
+                        double elevation,
+                        double distance,
+                        const ZOL::Vector3& target);
 
-/// printf into a std::string.
-std::string Format(const char* format, ...);
+/// A range scan of \p object: the nearest surface point along the ray of every grid cell,
+/// with noise along the ray from \p seed, in camera coordinates, as a grid cloud (cell x
+/// grows to the right, y upwards, as seen from the scanner). Surfaces seen at more than
+/// 75 degrees from the ray are missed, as a real scanner misses them.
+std::unique_ptr<ZOL::PointCloud> ScanObject(const ZOL::TriMesh& object,
+                                            const ScannerView& view,
+                                            unsigned seed);
 
-// Value types, progress and log (DemoValues.cpp).
-StepResult DemoValueTypes(DemoContext& context);
-StepResult DemoProgress(DemoContext& context);
-StepResult DemoLog(DemoContext& context);
+/// A random rigid motion: a rotation drawn evenly over all rotations and a translation of
+/// up to \p maxShift in each axis.
+ZOL::Matrix4x4 RandomPose(unsigned seed, double maxShift);
 
-// The scan mesh (DemoScan.cpp).
-StepResult GenerateScan(DemoContext& context);
-StepResult FuseScan(DemoContext& context);
-StepResult UpdateScanNormals(DemoContext& context);
-StepResult MeasureScan(DemoContext& context);
-StepResult BuildQueryTree(DemoContext& context);
-StepResult DetectScanShapes(DemoContext& context);
-StepResult RoundTripMeshFiles(DemoContext& context);
-
-// Point clouds (DemoCloud.cpp).
-StepResult BuildCloud(DemoContext& context);
-StepResult IndexCloudWithInfo(DemoContext& context);
-StepResult IndexCloudWithAnn(DemoContext& context);
-StepResult RoundTripCloudFiles(DemoContext& context);
-StepResult RoundTripGridCloud(DemoContext& context);
-
-/// Runs every step in order and prints the summary. \return 0 when all succeeded.
-int RunDemo();
+/// Runs the demo, writing its files in \p folder (a fresh temporary folder when empty).
+/// \return 0 when every scan was merged within 1 degree of its true pose, 1 otherwise
+///         (and the tool's exit codes for files it cannot write).
+int RunDemo(const std::string& folder, unsigned seed = 1);
 
 }  // namespace zoldemo

@@ -100,5 +100,8 @@
 #include <zol/pointcloud/SignedDistanceFunction.h>
 #include <zol/pointcloud/SumPointCloud.h>
 
+// Registration: point-pair fit, ICP and coarse alignment of point clouds
+#include <zol/registration/RegistratePointCloud.h>
+
 // Shape detection: primitive fits and tangent-face selection
 #include <zol/shape/DetectShape.h>

@@ -1,10 +1,11 @@
-// Seeded point generators, a minimal ASCII PLY vertex reader and the brute-force oracle.
+// Seeded point generators, the points of a file and the brute-force oracle.
 #include "tests/common/PointData.h"
 
 #include <algorithm>
-#include <fstream>
+#include <memory>
 #include <random>
-#include <sstream>
+
+#include <zol/io/Parser.h>
 
 namespace zoltest {
 
@@ -29,29 +30,10 @@ std::vector<ZOL::Vector3> RandomNormals(int count, unsigned seed) {
 }
 
 std::vector<ZOL::Vector3> LoadPlyVertices(const std::string& path) {
-    std::ifstream in(path);
-    std::string line;
-    if (!std::getline(in, line) || line.rfind("ply", 0) != 0) return {};
-    std::vector<std::pair<std::string, long>> elements;
-    while (std::getline(in, line) && line.rfind("end_header", 0) != 0) {
-        std::istringstream words(line);
-        std::string keyword, name;
-        long count = 0;
-        if (words >> keyword >> name >> count && keyword == "element") {
-            elements.emplace_back(name, count);
-        }
-    }
+    const std::unique_ptr<ZOL::PointCloud> cloud(ZOL::Parser::ImportPointCloud(path));
     std::vector<ZOL::Vector3> points;
-    for (const auto& [name, count] : elements) {
-        for (long i = 0; i < count && std::getline(in, line); ++i) {
-            if (name != "vertex") continue;
-            std::istringstream values(line);
-            ZOL::Vector3 p;
-            values >> p.x >> p.y >> p.z;
-            points.push_back(p);
-        }
-        if (name == "vertex") break;
-    }
+    for (int i = 0; cloud && i < cloud->GetPointCount(); ++i)
+        points.push_back(cloud->GetPointCoord(i));
     return points;
 }
 

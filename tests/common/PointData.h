@@ -15,7 +15,8 @@ namespace zoltest {
 std::vector<ZOL::Vector3> RandomPoints(int count, unsigned seed, double extent = 1.0);
 /// Unit vectors in random directions from a fixed seed.
 std::vector<ZOL::Vector3> RandomNormals(int count, unsigned seed);
-/// The x, y, z of every vertex of an ASCII PLY file; empty when it cannot be read.
+/// The points of a cloud file (a PLY range scan, say) in file order, as Parser reads
+/// them; empty when it cannot be read.
 std::vector<ZOL::Vector3> LoadPlyVertices(const std::string& path);
 /// A cloud holding \p points (and \p normals when given).
 ZOL::PointCloud MakeCloud(const std::vector<ZOL::Vector3>& points,

@@ -48,6 +48,16 @@ LogCapture::~LogCapture() { ZOL::LogSystem::SetLogFileName("tracklog.txt"); }
 
 std::vector<std::string> LogCapture::Lines() const { return ReadLines(mPath); }
 
+std::vector<std::string> LogCapture::LinesWithoutPools() const {
+    std::vector<std::string> lines = Lines();
+    lines.erase(std::remove_if(lines.begin(), lines.end(),
+                               [](const std::string& line) {
+                                   return line.rfind("ThreadPool Free Memory...", 0) == 0;
+                               }),
+                lines.end());
+    return lines;
+}
+
 bool LogCapture::Contains(const std::string& line) const {
     const std::vector<std::string> lines = Lines();
     return std::find(lines.begin(), lines.end(), line) != lines.end();

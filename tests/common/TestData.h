@@ -23,6 +23,9 @@ public:
     LogCapture();
     ~LogCapture();
     std::vector<std::string> Lines() const;
+    /// Lines() without the teardown line that every thread pool writes, for checking
+    /// what a parallel operation itself logged.
+    std::vector<std::string> LinesWithoutPools() const;
     /// True when some line equals \p line exactly.
     bool Contains(const std::string& line) const;
 

@@ -2,7 +2,6 @@
 // Print, inversion and the rotation generators.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <random>
 
 #include <zol/core/Matrix4x4.h>

@@ -7,33 +7,12 @@
 #include <zol/core/PointCloud.h>
 #include <zol/core/TriMesh.h>
 
+#include "tests/common/HostContainers.h"
 #include "tests/common/MeshFactory.h"
-#include "tests/common/MeshHelpers.h"
 
 using namespace ZOL;
 
 namespace {
-
-/// A host cloud that is not a PointCloud, to exercise the generic copy path.
-class HostCloud : public IPointCloud {
-public:
-    std::vector<Vector3> coords;
-    int GetPointCount() const override { return static_cast<int>(coords.size()); }
-    Vector3 GetPointCoord(int i) override { return coords[i]; }
-    void SetPointCoord(int i, const Vector3& c) override { coords[i] = c; }
-    Vector3 GetPointNormal(int) override { return Vector3(0, 0, 1); }
-    void SetPointNormal(int, const Vector3&) override {}
-    bool HasNormal() const override { return true; }
-    void SetHasNormal(bool) override {}
-    int InsertPoint(const Vector3& c, const Vector3&) override { return InsertPoint(c); }
-    int InsertPoint(const Vector3& c) override {
-        coords.push_back(c);
-        return GetPointCount() - 1;
-    }
-    void SwapPoint(int, int) override {}
-    void PopbackPoints(int) override {}
-    void Clear() override { coords.clear(); }
-};
 
 /// A host cloud built on PointCloud that serves its points moved: its reads, not the
 /// stored arrays, are what a list over it must see.
@@ -74,16 +53,18 @@ TEST(PointList, ListsReadThroughToTheirSourceAndSampledListsMapTheirIndices) {
 
 TEST(PointList, FlatCopiesAgreeWithPerPointReadsOnEverySource) {
     PointCloud cloud(true, false, false);
-    HostCloud host;
+    zoltest::HostCloud host;
+    host.SetHasNormal(true);
     ShiftedCloud shifted;
     TriMesh stored;
-    zoltest::ForwardingMesh mesh(stored);
+    zoltest::HostMesh mesh;
     for (int i = 0; i < 7; ++i) {
         const Vector3 p(i * 0.5, i * i, -i);
         cloud.InsertPoint(p, Vector3(0, i, 0));
-        host.InsertPoint(p);
+        host.InsertPoint(p, Vector3(1, 0, i));
         shifted.InsertPoint(p, Vector3(0, i, 0));
         mesh.InsertVertex(p);
+        stored.InsertVertex(p);
     }
     PointCloudPointList cloudList(&cloud);
     PointCloudPointList hostList(&host);

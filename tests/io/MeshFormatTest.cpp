@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <fstream>
 #include <locale>
 #include <memory>
 #include <vector>
@@ -12,8 +11,8 @@
 #include <zol/core/TriMesh.h>
 #include <zol/io/Parser.h>
 
+#include "tests/common/HostContainers.h"
 #include "tests/common/MeshFactory.h"
-#include "tests/common/MeshHelpers.h"
 #include "tests/common/TestData.h"
 
 using namespace ZOL;
@@ -74,7 +73,7 @@ TEST(MeshFormat, TextFormatsAreExactAndOnlyTriMeshColoursAreWritten) {
     };
     TriMesh colored = Small(true);
     TriMesh uncolored = Small(false);
-    zoltest::ForwardingMesh host(colored);  // a host's own mesh: the writers see ITriMesh only
+    zoltest::HostMesh host(colored);  // a host's own mesh: the writers see ITriMesh only
     for (const auto& c : cases) {
         SCOPED_TRACE(c.extension);
         const std::string name = zoltest::ScratchPath(std::string("small.") + c.extension);
@@ -129,7 +128,7 @@ TEST(MeshFormat, ZptTextIsExact) {
 TEST(MeshFormat, ExportFailuresHaveTheirStatusAndLine) {
     TriMesh cube = zoltest::MakeUnitCube();
     TriMesh colored = Small(true);
-    zoltest::ForwardingMesh host(cube);
+    zoltest::HostMesh host(cube);
     const struct {
         std::string name;
         const ITriMesh* mesh;

@@ -3,8 +3,6 @@
 // input that must fail with one log line instead of crashing or over-allocating.
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <random>

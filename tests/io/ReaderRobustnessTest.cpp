@@ -1,13 +1,14 @@
 // Every reader, mesh and point cloud, on damaged input: all prefixes of a valid file,
-// seeded byte flips, numbers replaced by huge counts, negative counts and NaN. Each run
-// must give a sound result or null with its log line, and read nothing outside the
-// bytes: the parsers get exactly sized heap copies, so the sanitizers see any overrun.
+// seeded byte flips, numbers replaced by huge counts, negative counts and NaN, and the
+// inputs the fuzzers found (tests/io/regressions/<reader>-<n>.<ext>). Each run must give
+// a sound result (by the fuzz targets' own checks) or null with its log line, and read
+// nothing outside the bytes: the parsers get exactly sized heap copies, so the sanitizers
+// see any overrun.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <functional>
+#include <filesystem>
 #include <memory>
 #include <random>
 #include <string>
@@ -17,14 +18,16 @@
 #include <zol/core/TriMesh.h>
 #include <zol/io/MeshFormatsInternal.h>
 #include <zol/io/Parser.h>
-#include <zol/io/PointFormatInternal.h>
 
+#include "fuzz/FuzzReaders.h"
 #include "tests/common/MeshFactory.h"
 #include "tests/common/TestData.h"
 
 using namespace ZOL;
 
 namespace {
+
+const std::string kRegressions = std::string(ZOL_SOURCE_DIR) + "/tests/io/regressions";
 
 // The damaged variants of \p bytes: every prefix, seeded flips of three bytes, and, in
 // text, each of the first tokens replaced by a hostile number; in binary, each aligned
@@ -65,19 +68,35 @@ std::vector<std::string> Damaged(const std::string& bytes, bool binary) {
     return variants;
 }
 
-// Runs \p parse on every damaged variant of \p bytes, each in a heap block of exactly
-// its size. \return how many variants gave no result.
-std::size_t CountFailures(const std::string& bytes,
-                          bool binary,
-                          const std::function<bool(std::string_view)>& parse) {
+// Runs \p reader on \p bytes held in a heap block of exactly their size.
+zolfuzz::Outcome RunExact(const zolfuzz::Reader& reader, const std::string& bytes) {
+    std::unique_ptr<char[]> copy(new char[std::max<std::size_t>(bytes.size(), 1)]);
+    std::memcpy(copy.get(), bytes.data(), bytes.size());
+    return reader.run(std::string_view(copy.get(), bytes.size()));
+}
+
+// Runs \p reader on every damaged variant of \p bytes; each result must be sound.
+// \return how many variants gave no result.
+std::size_t CountFailures(const zolfuzz::Reader& reader, const std::string& bytes, bool binary) {
     std::size_t failures = 0;
     for (const std::string& variant : Damaged(bytes, binary)) {
-        std::unique_ptr<char[]> copy(new char[std::max<std::size_t>(variant.size(), 1)]);
-        std::memcpy(copy.get(), variant.data(), variant.size());
-        failures += parse(std::string_view(copy.get(), variant.size())) ? 0 : 1;
+        const zolfuzz::Outcome outcome = RunExact(reader, variant);
+        EXPECT_TRUE(outcome.sound) << reader.name;
+        failures += outcome.parsed ? 0 : 1;
     }
     return failures;
 }
+
+const zolfuzz::Reader& ReaderOf(const std::string& name) {
+    const zolfuzz::Reader* reader = zolfuzz::FindReader(name);
+    EXPECT_NE(reader, nullptr) << name;
+    return reader ? *reader : zolfuzz::kReaders[0];
+}
+
+// Binary and text STL through the test that tells them apart, as Parser reads them.
+const zolfuzz::Reader kStl = {"mesh_stl", "stl", [](std::string_view bytes) {
+                                  return zolfuzz::CheckMesh(ParseMeshSTL(bytes, "damaged"));
+                              }};
 
 TriMesh SmallMesh() {
     TriMesh mesh = zoltest::MakeUnitCube();
@@ -90,67 +109,33 @@ TriMesh SmallMesh() {
     return mesh;
 }
 
-// A sound mesh: every corner names a vertex and the attribute arrays match the counts.
-bool SoundMesh(TriMesh* mesh) {
-    std::unique_ptr<TriMesh> owned(mesh);
-    if (!mesh) return false;
-    int ids[3];
-    for (int t = 0; t < mesh->GetTriangleCount(); ++t) {
-        mesh->GetTriangleVertexIds(t, ids);
-        for (const int id : ids) EXPECT_TRUE(id >= 0 && id < mesh->GetVertexCount());
-        if (mesh->HasTriangleTexCoord()) mesh->GetTriangleTexcoord(t, 2);
-    }
-    for (int i = 0; mesh->HasVertexColor() && i < mesh->GetVertexCount(); ++i)
-        mesh->GetVertexColor(i);
-    return true;
-}
-
-// A sound cloud: finite coordinates, and on a grid every point sits in its own cell.
-bool SoundCloud(PointCloud* cloud) {
-    std::unique_ptr<PointCloud> owned(cloud);
-    if (!cloud) return false;
-    for (int i = 0; i < cloud->GetPointCount(); ++i) {
-        const Vector3 p = cloud->GetPointCoord(i);
-        EXPECT_TRUE(std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z));
-    }
-    if (cloud->HasGridTopology()) {
-        EXPECT_LE(cloud->GetPointCount(), cloud->GetWidth() * cloud->GetHeight());
-    }
-    return true;
-}
-
 }  // namespace
 
 TEST(ReaderRobustness, EveryMeshReaderSurvivesDamagedFiles) {
-    using MeshParse = TriMesh* (*)(std::string_view, const std::string&);
     TriMesh mesh = SmallMesh();
     auto written = [&](const char* extension) {
         const std::string path = zoltest::ScratchPath(std::string("damaged.") + extension);
-        EXPECT_EQ(Parser::ExportTriMesh(path, &mesh), 0);
+        EXPECT_EQ(Parser::ExportTriMesh(path, &mesh), RESULT_OK);
         return zoltest::ReadFile(path);
     };
     // Ours, plus a text STL and a textured OBJ as other authors write them.
     const struct {
-        MeshParse parse;
+        const zolfuzz::Reader& reader;
         std::string bytes;
         bool binary;
     } cases[] = {
-        {ParseMeshOBJ, written("obj"), false},
-        {ParseMeshSTL, written("stl"), true},
-        {ParseMeshOFF, written("off"), false},
-        {ParseMeshPLY, written("ply"), false},
-        {ParseMeshZPT, written("zpt"), false},
-        {ParseMeshSTL, zoltest::ReadFile(zoltest::DataPath("formats/stl/triangle.stl")), false},
-        {ParseMeshOBJ, zoltest::ReadFile(zoltest::DataPath("formats/obj/textured_tetrahedron.obj")),
-         false},
+        {ReaderOf("mesh_obj"), written("obj"), false},
+        {kStl, written("stl"), true},
+        {ReaderOf("mesh_off"), written("off"), false},
+        {ReaderOf("mesh_ply"), written("ply"), false},
+        {ReaderOf("mesh_zpt"), written("zpt"), false},
+        {kStl, zoltest::ReadFile(zoltest::DataPath("formats/stl/triangle.stl")), false},
+        {ReaderOf("mesh_obj"),
+         zoltest::ReadFile(zoltest::DataPath("formats/obj/textured_tetrahedron.obj")), false},
     };
     zoltest::LogCapture log;
     std::size_t failures = 0;
-    for (const auto& c : cases) {
-        failures += CountFailures(c.bytes, c.binary, [&](std::string_view v) {
-            return SoundMesh(c.parse(v, "damaged"));
-        });
-    }
+    for (const auto& c : cases) failures += CountFailures(c.reader, c.bytes, c.binary);
     EXPECT_GT(failures, 0u);
     // A mesh reader is silent on success and writes exactly one line on failure.
     EXPECT_EQ(log.Lines().size(), failures);
@@ -170,20 +155,13 @@ TEST(ReaderRobustness, EveryPointReaderSurvivesDamagedFiles) {
     }
     const struct {
         const char* extension;
-        bool grid;
-        bool binary;
-        std::function<PointCloud*(std::string_view)> read;
+        bool grid, binary;
+        const char* reader;
     } cases[] = {
-        {"asc", false, false,
-         [](std::string_view b) { return pointio::ImportPointCloudByASC(b, false); }},
-        {"casc", false, false,
-         [](std::string_view b) { return pointio::ImportPointCloudByASC(b, true); }},
-        {"obj", false, false, pointio::ImportPointCloudByOBJ},
-        {"ply", false, false, pointio::ImportPointCloudByPLY},
-        {"ply", true, false, pointio::ImportPointCloudByPLY},
-        {"zpc", false, false, pointio::ImportPointCloudByZPC},
-        {"zbp", false, true, pointio::ImportPointCloudByZBP},
-        {"zbg", true, true, pointio::ImportPointCloudByZBG},
+        {"asc", false, false, "cloud_asc"},      {"casc", false, false, "cloud_casc"},
+        {"obj", false, false, "cloud_obj"},      {"ply", false, false, "cloud_ply_ascii"},
+        {"ply", true, false, "cloud_ply_ascii"}, {"zpc", false, false, "cloud_zpc"},
+        {"zbp", false, true, "cloud_zbp"},       {"zbg", true, true, "cloud_zbg"},
     };
     zoltest::LogCapture log;
     std::size_t failures = 0;
@@ -193,8 +171,7 @@ TEST(ReaderRobustness, EveryPointReaderSurvivesDamagedFiles) {
         ASSERT_EQ(c.grid ? Parser::ExportGridPointCloud(source, &grid)
                          : Parser::ExportPointCloud(source, &cloud),
                   RESULT_OK);
-        failures += CountFailures(zoltest::ReadFile(source), c.binary,
-                                  [&](std::string_view v) { return SoundCloud(c.read(v)); });
+        failures += CountFailures(ReaderOf(c.reader), zoltest::ReadFile(source), c.binary);
     }
     // Every failure has its line; a success may add one about dropped points or grid.
     std::size_t failureLines = 0;
@@ -204,4 +181,40 @@ TEST(ReaderRobustness, EveryPointReaderSurvivesDamagedFiles) {
     }
     EXPECT_GT(failures, 0u);
     EXPECT_EQ(failureLines, failures);
+}
+
+TEST(ReaderRobustness, EveryFuzzFindingIsReadSafely) {
+    // What each file gives now: its element count, or -1 and the line of its refusal.
+    const struct {
+        const char* file;
+        int elements;
+        const char* line;
+    } cases[] = {
+        // Colours beyond [0, 1] in our own formats used to be kept as written.
+        {"cloud_zpc-1.zpc", 5, ""},
+        {"cloud_zbp-1.zbp", 5, ""},
+        {"cloud_zbg-1.zbg", 4, ""},
+        // A point count beyond the range of int64 was converted before it was bounded.
+        {"cloud_zpc-2.zpc", -1, "ImportPointCloudByZPC: point count 2e+54 exceeds the file size"},
+        // Grid columns times rows overflowed int64 (found by review, replayed alike).
+        {"cloud_ply_ascii-1.ply", 1, ""},
+    };
+    std::vector<std::string> listed;
+    for (const auto& c : cases) listed.push_back(c.file);
+    for (const auto& entry : std::filesystem::directory_iterator(kRegressions)) {
+        const std::string name = entry.path().filename().string();
+        EXPECT_NE(std::find(listed.begin(), listed.end(), name), listed.end())
+            << name << " has no expected outcome";
+    }
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        const std::string name = c.file, bytes = zoltest::ReadFile(kRegressions + "/" + name);
+        ASSERT_FALSE(bytes.empty());
+        zoltest::LogCapture log;
+        const zolfuzz::Outcome outcome = RunExact(ReaderOf(name.substr(0, name.find('-'))), bytes);
+        EXPECT_TRUE(outcome.sound);
+        EXPECT_EQ(outcome.parsed ? outcome.elements : -1, c.elements);
+        EXPECT_EQ(log.Lines(),
+                  *c.line ? std::vector<std::string>{c.line} : std::vector<std::string>{});
+    }
 }

@@ -1,5 +1,5 @@
-// Area and volume: known answers, orientation, open meshes, the interface path against
-// the TriMesh fast path, and independence from the thread count.
+// Area and volume: known answers, orientation, open meshes and bad meshes. Host meshes
+// and thread counts are covered by the operation table (tests/common/OperationTable).
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,10 +9,9 @@
 #include <zol/mesh/MeasureMesh.h>
 #include <zol/runtime/ApiProgress.h>
 
+#include "tests/common/HostContainers.h"
 #include "tests/common/MeshFactory.h"
-#include "tests/common/MeshHelpers.h"
 #include "tests/common/TestData.h"
-#include "tests/common/ThreadCountScope.h"
 
 using namespace ZOL;
 
@@ -71,7 +70,7 @@ TEST(MeasureMesh, BadMeshesAreLoggedAndLeaveTheResult) {
     TriMesh cube = zoltest::MakeUnitCube();
     cube.InsertTriangle(0, 1, 8);
     cube.InsertTriangle(0, -1, 2);
-    zoltest::ForwardingMesh host(cube);
+    zoltest::HostMesh host(cube);
     const struct {
         const ITriMesh* mesh;
         bool volume;
@@ -92,30 +91,6 @@ TEST(MeasureMesh, BadMeshesAreLoggedAndLeaveTheResult) {
         EXPECT_EQ(result, 5.0);
         EXPECT_EQ(GetApiProgress(), 0.0);
         EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
-    }
-}
-
-TEST(MeasureMesh, HostMeshAndThreadCountGiveBitIdenticalSums) {
-    // Large enough for the two-thread split; the sums must not depend on it.
-    TriMesh grid = zoltest::MakeGrid(380, 380, 0.01);
-    for (int v = 0; v < grid.GetVertexCount(); ++v) {
-        Vector3 p = grid.GetVertexCoord(v);
-        p.z = std::sin(3 * p.x) * std::cos(2 * p.y) + 1.0;
-        grid.SetVertexCoord(v, p);
-    }
-    zoltest::ForwardingMesh host(grid);
-    // 1 thread on the TriMesh, the host mesh, then 2, 3 (uneven shares) and 8 threads.
-    const int threadCounts[] = {1, 1, 2, 3, 8};
-    double results[5][2];
-    for (int i = 0; i < 5; ++i) {
-        zoltest::ThreadCountScope threads(threadCounts[i]);
-        const ITriMesh* mesh = (i == 1) ? static_cast<const ITriMesh*>(&host) : &grid;
-        ASSERT_EQ(MeasureMesh::ComputeArea(mesh, results[i][0]), RESULT_OK);
-        ASSERT_EQ(MeasureMesh::ComputeVolume(mesh, results[i][1]), RESULT_OK);
-    }
-    for (int i = 1; i < 5; ++i) {
-        EXPECT_EQ(results[i][0], results[0][0]) << threadCounts[i];
-        EXPECT_EQ(results[i][1], results[0][1]) << threadCounts[i];
     }
 }
 

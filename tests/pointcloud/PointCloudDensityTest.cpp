@@ -81,8 +81,8 @@ TEST(PointCloudDensity, BadArgumentsLogTheirLineAndLeaveTheDensity) {
     PointCloud cloud = zoltest::MakeCloud(points);
     points[4].x = kNaN;
     PointCloud broken = zoltest::MakeCloud(points);
-    PointCloud single = zoltest::MakeCloud({Vector3(1, 2, 3)});
-    PointCloudPointList list(&cloud), brokenList(&broken), singleList(&single);
+    PointCloud empty;
+    PointCloudPointList list(&cloud), brokenList(&broken), emptyList(&empty);
     const std::vector<int> none, outside = {20};
     PointCloudInfo info;
     struct Case {
@@ -93,8 +93,8 @@ TEST(PointCloudDensity, BadArgumentsLogTheirLineAndLeaveTheDensity) {
     const std::vector<Case> cases = {
         {[&](double& d) { return CalculatePointListDensity(nullptr, 4, d); }, -2,
          "CalculatePointListDensity: invalid input"},
-        {[&](double& d) { return CalculatePointListDensity(&singleList, 4, d); }, -1,
-         "CalculatePointListDensity invalid pointCount: 1 neighborCount: 4"},
+        {[&](double& d) { return CalculatePointListDensity(&emptyList, 4, d); }, -1,
+         "CalculatePointListDensity invalid pointCount: 0 neighborCount: 4"},
         {[&](double& d) { return CalculatePointListDensity(&list, 1, d); }, -1,
          "CalculatePointListDensity invalid pointCount: 20 neighborCount: 1"},
         {[&](double& d) { return CalculatePointListDensity(&brokenList, 4, d); }, -5,

@@ -154,8 +154,8 @@ TEST(PointCloudUtility, EveryFailureLogsItsLineAndReturnsItsStatus) {
     const Case cases[] = {
         {RESULT_INVALID_INPUT, camera + "depthData == NULL || depthData->HasNormal() == false",
          [&] { return EstimateCameraDirection(&plain, nullptr, v); }},
-        {RESULT_INVALID_INPUT, camera + "selectIndex is empty",
-         [&] { return EstimateCameraDirection(&oriented, &none, v); }},
+        {RESULT_OK, "SamplePointCloud::_GridSample: pointCount is 0",
+         [&] { return EstimateCameraDirection(&oriented, &none, v) + (v.Length() > 0.0); }},
         {RESULT_INVALID_INPUT, camera + "selectIndex out of range: 5",
          [&] { return EstimateCameraDirection(&oriented, &outside, v); }},
         {RESULT_INVALID_INPUT, camera + "sampled position out of range: 5",

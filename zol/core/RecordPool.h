@@ -4,18 +4,23 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
+#include <new>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 namespace ZOL {
 
 /// Allocator of records of type \p T in chunks that double from \p FirstChunk up to
-/// \p MaxChunk records, so a small mesh stays small and a large one needs few chunks.
-/// Freed records are reused (last freed, first reused); Release() drops every chunk at
-/// once. Not thread-safe.
+/// \p MaxChunk records, so a small mesh stays small and a large one needs few chunks;
+/// Reserve() makes one chunk of a known size. Freed records are reused (last freed,
+/// first reused); Release() drops every chunk at once. Not thread-safe.
 template <typename T, int FirstChunk = 16, int MaxChunk = 4096>
 class RecordPool {
+    static_assert(std::is_trivially_destructible_v<T>, "chunks are freed without destructors");
+
 public:
     RecordPool() = default;
     RecordPool(const RecordPool&) = delete;
@@ -35,11 +40,21 @@ public:
             return record;
         }
         if (mUsedInLast == mLastSize) {
-            mLastSize = mChunks.empty() ? FirstChunk : std::min(2 * mLastSize, MaxChunk);
-            mChunks.emplace_back(new T[mLastSize]());
-            mUsedInLast = 0;
+            NewChunk(mChunks.empty() ? FirstChunk : std::min(2 * mLastSize, MaxChunk),
+                     [](void*, std::size_t) {});
         }
-        return &mChunks.back()[mUsedInLast++];
+        // Constructed on hand-out, not with the chunk: a reserved chunk is then written
+        // once, in order, and its untouched tail costs no memory.
+        T* slot = mChunks.back().get() + mUsedInLast++;
+        return ::new (static_cast<void*>(slot)) T();
+    }
+    /// Makes room for \p count more records in one chunk (beyond the free ones and the
+    /// rest of the last chunk). \p prepare(memory, bytes) sees the chunk's memory before
+    /// any record in it is written, e.g. to give the kernel advice about it.
+    template <typename Prepare>
+    void Reserve(int count, Prepare prepare) {
+        const int spare = static_cast<int>(mFree.size()) + (mLastSize - mUsedInLast);
+        if (count > spare) NewChunk(count - spare, prepare);
     }
     /// Gives \p record back for reuse; it must come from this pool.
     void Free(T* record) { mFree.push_back(record); }
@@ -52,6 +67,21 @@ public:
     }
 
 private:
+    struct ChunkDelete {
+        void operator()(T* records) const { ::operator delete[](records); }
+    };
+
+    // Appends a chunk of room for \p size records and makes it the last one.
+    template <typename Prepare>
+    void NewChunk(int size, Prepare prepare) {
+        const std::size_t bytes = sizeof(T) * static_cast<std::size_t>(size);
+        std::unique_ptr<T[], ChunkDelete> chunk(static_cast<T*>(::operator new[](bytes)));
+        prepare(static_cast<void*>(chunk.get()), bytes);
+        mChunks.push_back(std::move(chunk));
+        mLastSize = size;
+        mUsedInLast = 0;
+    }
+
     void Take(RecordPool& other) {
         mChunks = std::move(other.mChunks);
         mFree = std::move(other.mFree);
@@ -62,7 +92,7 @@ private:
         other.mUsedInLast = other.mLastSize = 0;
     }
 
-    std::vector<std::unique_ptr<T[]>> mChunks;
+    std::vector<std::unique_ptr<T[], ChunkDelete>> mChunks;
     std::vector<T*> mFree;
     int mUsedInLast = 0;  // records handed out from the last chunk
     int mLastSize = 0;    // size of the last chunk (0: no chunk yet)

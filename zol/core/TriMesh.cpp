@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <zol/runtime/BulkMemoryInternal.h>
+
 namespace ZOL {
 
 namespace {
@@ -173,8 +175,15 @@ int TriMesh::InsertTriangle(int vertexId0, int vertexId1, int vertexId2) {
 void TriMesh::Reserve(int vertexCount, int triangleCount) {
     const size_t vertices = static_cast<size_t>(std::max(vertexCount, 0));
     const size_t triangles = static_cast<size_t>(std::max(triangleCount, 0));
+    // A mesh of known size (a file being read) gets its records in one block each. Large
+    // blocks ask for huge pages: in a virtual machine, faulting in a big mesh page by page
+    // costs more than reading its file.
+    mVertexPool.Reserve(vertexCount - GetVertexCount(), AdviseHugePages);
+    mTrianglePool.Reserve(triangleCount - GetTriangleCount(), AdviseHugePages);
     mVertices.reserve(vertices);
     mTriangles.reserve(triangles);
+    AdviseHugePages(mVertices.data(), mVertices.capacity() * sizeof(VertexRecord*));
+    AdviseHugePages(mTriangles.data(), mTriangles.capacity() * sizeof(TriangleRecord*));
     if (mHasVertexColor) mVertexColors.reserve(vertices);
     if (mHasVertexTexCoord) mVertexTexcoords.reserve(vertices);
     if (mHasTriangleColor) mTriangleColors.reserve(3 * triangles);

@@ -118,7 +118,8 @@ public:
     /// Appends a vertex with the given normal (attribute arrays as InsertVertex(coord)).
     /// \return the new vertex index.
     int InsertVertex(const Vector3& coord, const Vector3& normal);
-    /// Reserves room in the pointer and attribute arrays for the given totals.
+    /// Reserves room for the given totals: the records of the missing vertices and
+    /// triangles in one block each, and the pointer and attribute arrays.
     void Reserve(int vertexCount, int triangleCount);
 
     void SetMeshType(MeshType meshType) { mMeshType = meshType; }

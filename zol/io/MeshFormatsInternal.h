@@ -3,7 +3,9 @@
 // and builds the TriMesh, so a malformed file never yields a mesh that fails later.
 #pragma once
 
+#include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -33,6 +35,9 @@ TriMesh* ParseMeshSTL(std::string_view content, const std::string& fileName);
 TriMesh* ParseMeshOFF(std::string_view content, const std::string& fileName);
 TriMesh* ParseMeshPLY(std::string_view content, const std::string& fileName);
 TriMesh* ParseMeshZPT(std::string_view content, const std::string& fileName);
+// The two STL bodies, once the kind is known (ParseMeshSTL tells them apart).
+TriMesh* ParseMeshSTLBinary(std::string_view content);
+TriMesh* ParseMeshSTLAscii(std::string_view content);
 
 // Writers: 0, or a negative status after one log line.
 int ExportMeshByOBJ(const std::string& fileName, const ITriMesh* triMesh);
@@ -112,8 +117,31 @@ bool AddPolygonLines(LineCursor& lines, int count, MeshData& data, const char* r
 void PutTriangleLines(FileWriter& out, ITriMesh& mesh, std::string_view prefix, int indexBase);
 
 /// Closes \p writer's file and checks that every byte arrived.
-/// \return 0, or -1 after the line "<writer>: file could not be written".
+/// \return RESULT_OK, or RESULT_FAIL (-1) after the line "<writer>: file could not be written".
 int FinishWrite(FileWriter& writer, const char* writerName);
+
+/// Checks a count read from a file's header before anything is sized by it: each item
+/// takes a line of its own, at least one byte, so no more than \p bytes of them can
+/// follow, and a mesh holds at most INT_MAX. On success \p bytes drops by the count, so
+/// the counts of one file are checked together. A count below 1 passes.
+/// \return false after the line "<reader>: <what> count <count> exceeds the file size"
+///         (or "... too large" past INT_MAX in a file that large).
+inline bool TakeLineCount(std::int64_t count,
+                          std::size_t& bytes,
+                          const char* reader,
+                          const char* what) {
+    if (count <= 0) return true;
+    if (static_cast<std::uint64_t>(count) > bytes) {
+        LogLine(reader, ": ", what, " count ", count, " exceeds the file size");
+        return false;
+    }
+    if (count > INT_MAX) {
+        LogLine(reader, ": ", what, " count ", count, " too large");
+        return false;
+    }
+    bytes -= static_cast<std::size_t>(count);
+    return true;
+}
 
 /// A reservation that a count read from a file may ask for, capped by what \p bytes
 /// of text can hold at \p minBytesPerItem each, so a lying header cannot make us

@@ -25,8 +25,8 @@ TriMesh* ParseMeshOFF(std::string_view text, const std::string&) {
         LogLine("ImportMeshByOFF: missing vertex and face counts");
         return nullptr;
     }
-    const int vertexCount = ParseInt(vertexToken);
-    const int faceCount = ParseInt(faceToken);
+    const std::int64_t vertexCount = ParseInt64(vertexToken);
+    const std::int64_t faceCount = ParseInt64(faceToken);
     if (vertexCount < 0 || faceCount < 0) {
         LogLine("ImportMeshByOFF: invalid counts: ", vertexCount, " ", faceCount);
         return nullptr;
@@ -36,9 +36,14 @@ TriMesh* ParseMeshOFF(std::string_view text, const std::string&) {
     LineCursor lines(
         countsEnd == std::string_view::npos ? std::string_view() : rest.substr(countsEnd + 1),
         kLineMax);
+    const std::size_t bytes = lines.Rest().size();
+    std::size_t unclaimed = bytes;
+    if (!TakeLineCount(vertexCount, unclaimed, "ImportMeshByOFF", "vertex") ||
+        !TakeLineCount(faceCount, unclaimed, "ImportMeshByOFF", "face")) {
+        return nullptr;
+    }
 
     MeshData data;
-    const std::size_t bytes = lines.Rest().size();
     data.Reserve(CappedReserve(vertexCount, bytes, 6), CappedReserve(faceCount, bytes, 8));
     std::string_view line, token;
     for (int i = 0; i < vertexCount; ++i) {
@@ -52,7 +57,9 @@ TriMesh* ParseMeshOFF(std::string_view text, const std::string&) {
         while (count < 3 && tokens.Next(token)) xyz[count++] = ParseDouble(token);
         if (count == 3) data.AddVertex(Vector3(xyz[0], xyz[1], xyz[2]));
     }
-    if (!AddPolygonLines(lines, faceCount, data, "ImportMeshByOFF")) return nullptr;
+    if (!AddPolygonLines(lines, static_cast<int>(faceCount), data, "ImportMeshByOFF")) {
+        return nullptr;
+    }
     return data.Finish("ImportMeshByOFF", 0);
 }
 

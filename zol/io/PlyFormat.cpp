@@ -28,8 +28,8 @@ std::string_view From(std::string_view line, std::size_t position) {
 TriMesh* ParseMeshPLY(std::string_view content, const std::string& fileName) {
     LineCursor lines(content, kLineMax);
     std::string_view line, token;
-    int vertexCount = 0;
-    int faceCount = 0;
+    std::int64_t vertexCount = 0;
+    std::int64_t faceCount = 0;
     bool hasColor = false;
     bool headerEnded = false;
     while (!headerEnded && lines.Next(line)) {
@@ -40,8 +40,8 @@ TriMesh* ParseMeshPLY(std::string_view content, const std::string& fileName) {
             LogLine("ImportMeshByPLY: binary PLY is not supported: ", fileName);
             return nullptr;
         } else if (StartsWith(line, "element")) {
-            if (From(line, 8).substr(0, 6) == "vertex") vertexCount = ParseInt(From(line, 15));
-            if (From(line, 8).substr(0, 4) == "face") faceCount = ParseInt(From(line, 13));
+            if (From(line, 8).substr(0, 6) == "vertex") vertexCount = ParseInt64(From(line, 15));
+            if (From(line, 8).substr(0, 4) == "face") faceCount = ParseInt64(From(line, 13));
         } else if (StartsWith(line, "property")) {
             const std::string_view name = From(line, 15);
             if (StartsWith(name, "red") || StartsWith(name, "green") || StartsWith(name, "blue")) {
@@ -53,11 +53,16 @@ TriMesh* ParseMeshPLY(std::string_view content, const std::string& fileName) {
         LogLine("ImportMeshByPLY: end_header not found: ", fileName);
         return nullptr;
     }
-    vertexCount = std::max(vertexCount, 0);
-    faceCount = std::max(faceCount, 0);
+    const std::size_t bytes = lines.Rest().size();
+    std::size_t unclaimed = bytes;
+    if (!TakeLineCount(vertexCount, unclaimed, "ImportMeshByPLY", "element vertex") ||
+        !TakeLineCount(faceCount, unclaimed, "ImportMeshByPLY", "element face")) {
+        return nullptr;
+    }
+    vertexCount = std::max<std::int64_t>(vertexCount, 0);
+    faceCount = std::max<std::int64_t>(faceCount, 0);
 
     MeshData data;
-    const std::size_t bytes = lines.Rest().size();
     data.Reserve(CappedReserve(vertexCount, bytes, 6), CappedReserve(faceCount, bytes, 8));
     if (hasColor) data.colors.reserve(CappedReserve(vertexCount, bytes, 6));
     for (int i = 0; i < vertexCount; ++i) {
@@ -76,7 +81,9 @@ TriMesh* ParseMeshPLY(std::string_view content, const std::string& fileName) {
         }
     }
     data.hasVertexColor = hasColor;
-    if (!AddPolygonLines(lines, faceCount, data, "ImportMeshByPLY")) return nullptr;
+    if (!AddPolygonLines(lines, static_cast<int>(faceCount), data, "ImportMeshByPLY")) {
+        return nullptr;
+    }
     return data.Finish("ImportMeshByPLY", 0);
 }
 

@@ -401,7 +401,8 @@ PointCloud* ImportPointCloudByPLY(std::string_view bytes) {
         const std::int64_t cells = grid->count;
         std::int64_t width = header.numCols;
         std::int64_t height = header.numRows;
-        if (width <= 0 || height <= 0 || width * height != cells) {
+        // Compared by division: the header's numbers may be large enough to overflow.
+        if (width <= 0 || height <= 0 || cells % width != 0 || cells / width != height) {
             width = cells;
             height = 1;
         }

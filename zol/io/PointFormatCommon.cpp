@@ -2,6 +2,7 @@
 // flat view writers read, and the per-point fields of the text writers.
 #include <zol/io/PointFormatInternal.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include <zol/runtime/LogInternal.h>
@@ -13,6 +14,14 @@ namespace {
 Vector3 FiniteOrZero(const Vector3& v) {
     return Vector3(std::isfinite(v.x) ? v.x : 0.0, std::isfinite(v.y) ? v.y : 0.0,
                    std::isfinite(v.z) ? v.z : 0.0);
+}
+
+// Colours are fractions; our own formats store them as written, so a damaged file can
+// hold any double there.
+Vector3 ValidColor(const Vector3& c) {
+    Vector3 v = FiniteOrZero(c);
+    for (int k = 0; k < 3; ++k) v[k] = std::clamp(v[k], 0.0, 1.0);
+    return v;
 }
 
 bool IsFinite(const Vector3& v) {
@@ -42,7 +51,7 @@ PointCloud* BuildGrid(PointData& data, const char* who) {
         cloud->SetGridCoord(x, y, data.coords[i]);
         const int id = cloud->GetPointCount() - 1;
         if (data.hasNormal) cloud->SetPointNormal(id, FiniteOrZero(data.normals[i]));
-        if (data.hasColor) cloud->SetPointColor(id, FiniteOrZero(data.colors[i]));
+        if (data.hasColor) cloud->SetPointColor(id, ValidColor(data.colors[i]));
     }
     return cloud;
 }
@@ -63,7 +72,7 @@ PointCloud* BuildPointCloud(PointData& data, const char* who) {
             const int id = data.hasNormal
                                ? cloud->InsertPoint(data.coords[i], FiniteOrZero(data.normals[i]))
                                : cloud->InsertPoint(data.coords[i]);
-            if (data.hasColor) cloud->SetPointColor(id, FiniteOrZero(data.colors[i]));
+            if (data.hasColor) cloud->SetPointColor(id, ValidColor(data.colors[i]));
         }
     }
     if (dropped > 0) LogLine(who, ": dropped points with non-finite coordinates: ", dropped);

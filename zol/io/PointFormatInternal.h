@@ -39,7 +39,8 @@ struct PointData {
 
 /// Turns decoded points into a new PointCloud (with grid topology when the data has a
 /// grid). Points with a non-finite coordinate are dropped (one log line names the
-/// count); non-finite normal or colour components become 0. Returns null after a log
+/// count); non-finite normal or colour components become 0 and colour components are
+/// held to [0, 1]. Returns null after a log
 /// line when the grid cells are out of range or repeated. \p who prefixes log lines.
 PointCloud* BuildPointCloud(PointData& data, const char* who);
 
@@ -84,8 +85,8 @@ void PutPointFields(
 int ColorToByte(double c);
 
 /// Opens \p fileName, lets \p put write the content and closes the file.
-/// \return 0, or -2 after the line "<writer>: file could not open" when the file could
-///         not be opened or not every byte was written.
+/// \return RESULT_OK, or RESULT_INVALID_INPUT (-2) after the line "<writer>: file could
+///         not open" when the file could not be opened or not every byte was written.
 template <typename Put>
 int WritePointFile(const std::string& fileName, const char* writer, Put put) {
     FileWriter out(fileName);

@@ -19,7 +19,9 @@ constexpr std::size_t kHeaderSize = 80;
 constexpr std::size_t kRecordSize = 50;
 constexpr char kHeaderText[] = "zolshapetoolkits mesh";
 
-TriMesh* ReadBinaryStl(std::string_view content) {
+}  // namespace
+
+TriMesh* ParseMeshSTLBinary(std::string_view content) {
     const std::uint32_t faceCount =
         content.size() >= kHeaderSize + 4 ? GetU32LE(content.data() + kHeaderSize) : 0;
     // A count the file cannot hold, or that would overflow the vertex indices, is as
@@ -44,6 +46,8 @@ TriMesh* ReadBinaryStl(std::string_view content) {
     return data.Finish("ImportMeshBySTL", 0);
 }
 
+namespace {
+
 // Reads three single-precision numbers as "%f %f %f" would. \return false when one
 // of the next three tokens does not start with a number.
 bool NextFloats(TokenCursor& tokens, Vector3& value) {
@@ -56,7 +60,9 @@ bool NextFloats(TokenCursor& tokens, Vector3& value) {
     return true;
 }
 
-TriMesh* ReadAsciiStl(std::string_view content) {
+}  // namespace
+
+TriMesh* ParseMeshSTLAscii(std::string_view content) {
     // The first line is "solid <name>"; the facets follow as whitespace-separated words:
     // facet normal nx ny nz / outer loop / vertex x y z (three times) / endloop / endfacet.
     const std::size_t firstEnd = content.find('\n');
@@ -89,21 +95,16 @@ TriMesh* ReadAsciiStl(std::string_view content) {
     return data.Finish("ImportMeshBySTL", 0);
 }
 
+namespace {
+
 constexpr int kAllIndicesValid = INT_MIN;
 
-// Writes the 50-byte record of every triangle.
+// Writes the 50-byte record of every triangle; \p corner(id) gives the coordinates of
+// vertex id.
 // \return kAllIndicesValid, or the first corner index that names no vertex.
-template <typename Mesh>
-int WriteStlRecords(FileWriter& out, Mesh& mesh) {
-    // Narrow every vertex once instead of once per incident triangle.
+template <typename Mesh, typename Corner>
+int WriteStlRecords(FileWriter& out, Mesh& mesh, Corner corner) {
     const int vertexCount = mesh.GetVertexCount();
-    std::vector<float> coords(3 * static_cast<std::size_t>(vertexCount));
-    for (int i = 0; i < vertexCount; ++i) {
-        const Vector3 p = mesh.GetVertexCoord(i);
-        coords[3 * i] = static_cast<float>(p.x);
-        coords[3 * i + 1] = static_cast<float>(p.y);
-        coords[3 * i + 2] = static_cast<float>(p.z);
-    }
     const int triangleCount = mesh.GetTriangleCount();
     int ids[3];
     for (int t = 0; t < triangleCount; ++t) {
@@ -115,15 +116,30 @@ int WriteStlRecords(FileWriter& out, Mesh& mesh) {
         p = StoreF32LE(p, static_cast<float>(n.z));
         for (const int id : ids) {
             if (id < 0 || id >= vertexCount) return id;
-            const float* v = &coords[3 * static_cast<std::size_t>(id)];
-            p = StoreF32LE(p, v[0]);
-            p = StoreF32LE(p, v[1]);
-            p = StoreF32LE(p, v[2]);
+            const Vector3& v = corner(id);
+            p = StoreF32LE(p, static_cast<float>(v.x));
+            p = StoreF32LE(p, static_cast<float>(v.y));
+            p = StoreF32LE(p, static_cast<float>(v.z));
         }
         p[0] = p[1] = 0;
         out.Commit(kRecordSize);
     }
     return kAllIndicesValid;
+}
+
+// Our own mesh is read in place, without virtual calls (TriMesh is final) and without
+// a copy of its vertices: at a few bytes per vertex, a fresh array costs more in page
+// faults than the narrowing it would save. Any other mesh has its vertices copied once
+// instead of fetched per incident triangle.
+int WriteStlRecords(FileWriter& out, const ITriMesh& triMesh) {
+    ITriMesh& mesh = const_cast<ITriMesh&>(triMesh);  // the interface's getters are not const
+    if (TriMesh* own = dynamic_cast<TriMesh*>(&mesh)) {
+        return WriteStlRecords(
+            out, *own, [own](int id) -> const Vector3& { return own->GetVertexCoordRef(id); });
+    }
+    std::vector<Vector3> coords(static_cast<std::size_t>(mesh.GetVertexCount()));
+    for (std::size_t i = 0; i < coords.size(); ++i) coords[i] = mesh.GetVertexCoord(int(i));
+    return WriteStlRecords(out, mesh, [&coords](int id) -> const Vector3& { return coords[id]; });
 }
 
 }  // namespace
@@ -142,7 +158,7 @@ bool IsBinaryStl(std::string_view content) {
 }
 
 TriMesh* ParseMeshSTL(std::string_view content, const std::string&) {
-    return IsBinaryStl(content) ? ReadBinaryStl(content) : ReadAsciiStl(content);
+    return IsBinaryStl(content) ? ParseMeshSTLBinary(content) : ParseMeshSTLAscii(content);
 }
 
 TriMesh* ImportMeshBySTL(const std::string& fileName) {
@@ -165,10 +181,7 @@ int ExportMeshBySTL2Binary(const std::string& fileName, const ITriMesh* triMesh)
     std::memcpy(header, kHeaderText, sizeof kHeaderText - 1);
     StoreU32LE(header + kHeaderSize, static_cast<std::uint32_t>(triMesh->GetTriangleCount()));
     out.PutBytes(header, sizeof header);
-    // Our own mesh is read without virtual calls; TriMesh is final.
-    TriMesh* own = dynamic_cast<TriMesh*>(const_cast<ITriMesh*>(triMesh));
-    const int badIndex = own != nullptr ? WriteStlRecords(out, *own)
-                                        : WriteStlRecords(out, *const_cast<ITriMesh*>(triMesh));
+    const int badIndex = WriteStlRecords(out, *triMesh);
     if (badIndex != kAllIndicesValid) {
         out.Close();
         return LogFailure(RESULT_INVALID_INPUT,

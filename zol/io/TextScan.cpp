@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include <zol/runtime/BulkMemoryInternal.h>
+
 namespace ZOL {
 
 namespace {
@@ -131,9 +133,16 @@ bool IsWhole(std::string_view text, const char* end) {
 
 }  // namespace
 
+FileContent::~FileContent() { Release(); }
+
+void FileContent::Release() {
+    FreeBulk(mData, mCapacity);
+    mData = nullptr;
+    mSize = mCapacity = 0;
+}
+
 bool FileContent::Read(const std::string& fileName) {
-    mData.reset();
-    mSize = 0;
+    Release();
     std::FILE* file = std::fopen(fileName.c_str(), "rb");
     if (file == nullptr) return false;
     // The size is only a hint for one allocation; the loop reads to the real end, so
@@ -142,33 +151,38 @@ bool FileContent::Read(const std::string& fileName) {
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(fileName, error);
     std::size_t capacity = error ? 0 : static_cast<std::size_t>(size);
+    char* data = nullptr;
+    std::size_t used = 0;
     bool ok = true;
     try {
         capacity += 1;  // one more byte so that the end of file is seen without regrowing
-        std::unique_ptr<char[]> data(new char[capacity]);
-        std::size_t used = 0;
+        data = AllocateBulk(capacity);
         for (;;) {
             if (used == capacity) {
-                std::unique_ptr<char[]> larger(new char[2 * capacity]);
-                std::memcpy(larger.get(), data.get(), used);
-                data = std::move(larger);
+                char* larger = AllocateBulk(2 * capacity);
+                std::memcpy(larger, data, used);
+                FreeBulk(data, capacity);
+                data = larger;
                 capacity *= 2;
             }
-            const std::size_t got = std::fread(data.get() + used, 1, capacity - used, file);
+            const std::size_t got = std::fread(data + used, 1, capacity - used, file);
             used += got;
             if (got == 0) break;
         }
         ok = std::ferror(file) == 0;
-        if (ok) {
-            mData = std::move(data);
-            mSize = used;
-        }
     } catch (const std::exception&) {
         // Out of memory, or a size hint that is no size (a directory reports one).
         ok = false;
     }
     std::fclose(file);
-    return ok;
+    if (!ok) {
+        FreeBulk(data, capacity);
+        return false;
+    }
+    mData = data;
+    mSize = used;
+    mCapacity = capacity;
+    return true;
 }
 
 bool LineCursor::Next(std::string_view& line) {

@@ -15,18 +15,26 @@ namespace ZOL {
 
 /// The bytes of a whole file, read with one call and without line-end translation.
 /// The buffer is not zero-filled first: for large meshes that pass costs as much as
-/// the read.
+/// the read. Large files go into memory mapped for them (AllocateBulk).
 class FileContent {
 public:
+    FileContent() = default;
+    ~FileContent();
+    FileContent(const FileContent&) = delete;
+    FileContent& operator=(const FileContent&) = delete;
+
     /// Reads \p fileName. \return false when it cannot be opened or read (content empty).
     bool Read(const std::string& fileName);
-    std::string_view View() const { return std::string_view(mData.get(), mSize); }
+    std::string_view View() const { return std::string_view(mData, mSize); }
     operator std::string_view() const { return View(); }
     std::size_t size() const { return mSize; }
 
 private:
-    std::unique_ptr<char[]> mData;
+    void Release();
+
+    char* mData = nullptr;
     std::size_t mSize = 0;
+    std::size_t mCapacity = 0;  ///< bytes of the buffer at mData
 };
 
 /// True for the blank characters that separate tokens on a line.

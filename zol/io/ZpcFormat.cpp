@@ -6,6 +6,8 @@
 // cloud survives a write and read unchanged.
 #include <zol/io/PointFormatInternal.h>
 
+#include <cmath>
+
 #include <zol/io/TextScanInternal.h>
 #include <zol/runtime/LogInternal.h>
 
@@ -42,7 +44,9 @@ PointCloud* ImportPointCloudByZPC(std::string_view bytes) {
     const double count = head[0];
     const bool flagsValid =
         (head[1] == 0.0 || head[1] == 1.0) && (head[2] == 0.0 || head[2] == 1.0);
-    if (!flagsValid || !(count >= 0.0) || count != static_cast<double>(std::int64_t(count))) {
+    // A whole number of any size passes here; the file size bounds it next, before it is
+    // converted to an integer.
+    if (!flagsValid || !(count >= 0.0) || count != std::floor(count)) {
         LogLine(kWho, ": invalid count line");
         return nullptr;
     }

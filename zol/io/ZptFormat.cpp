@@ -31,21 +31,29 @@ bool ReadLineValues(LineCursor& lines, Number* values, int count, Parse parse) {
 
 TriMesh* ParseMeshZPT(std::string_view content, const std::string&) {
     LineCursor lines(content, kLineMax);
-    int counts[4] = {0, 0, 0, 0};
-    ReadLineValues(lines, counts, 4, ParseInt);
+    std::int64_t counts[4] = {0, 0, 0, 0};
+    ReadLineValues(lines, counts, 4, ParseInt64);
     if (counts[0] != 1) {
         LogLine("Can not support the data format.");
         return nullptr;
     }
-    const int vertexCount = counts[1];
-    const int triangleCount = counts[2];
-    const int texCoordCount = counts[3];
-    if (vertexCount < 0 || triangleCount < 0 || texCoordCount < 0) {
-        LogLine("ImportMeshByZPT: invalid counts: ", vertexCount, " ", triangleCount, " ",
-                texCoordCount);
+    if (counts[1] < 0 || counts[2] < 0 || counts[3] < 0) {
+        LogLine("ImportMeshByZPT: invalid counts: ", counts[1], " ", counts[2], " ", counts[3]);
         return nullptr;
     }
+    // Vertex, triangle and texture coordinate lines, and with texture coordinates one
+    // index line per triangle.
     const std::size_t bytes = lines.Rest().size();
+    std::size_t unclaimed = bytes;
+    if (!TakeLineCount(counts[1], unclaimed, "ImportMeshByZPT", "vertex") ||
+        !TakeLineCount(counts[2], unclaimed, "ImportMeshByZPT", "triangle") ||
+        !TakeLineCount(counts[3], unclaimed, "ImportMeshByZPT", "texture coordinate") ||
+        (counts[3] > 0 && !TakeLineCount(counts[2], unclaimed, "ImportMeshByZPT", "triangle"))) {
+        return nullptr;
+    }
+    const int vertexCount = static_cast<int>(counts[1]);
+    const int triangleCount = static_cast<int>(counts[2]);
+    const int texCoordCount = static_cast<int>(counts[3]);
     MeshData data;
     data.Reserve(CappedReserve(vertexCount, bytes, 18), CappedReserve(triangleCount, bytes, 6));
     data.colors.reserve(CappedReserve(vertexCount, bytes, 18));

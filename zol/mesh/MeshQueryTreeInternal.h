@@ -31,8 +31,8 @@ public:
     TreeNode();
 
     /// Fits box to the node's triangles.
-    /// \return 0; -1 for a node without triangles (logs "Empty Node. "); the eigen
-    ///         solver's code when it fails (logged).
+    /// \return RESULT_OK; RESULT_FAIL (-1) for a node without triangles (logs "Empty
+    ///         Node. "); the eigen solver's code when it fails (logged).
     int ComputeBoundingBox(MeshQueryTreeInput& input);
 
     /// Child per octant: bit k set = non-negative side of box axis k. Empty octants point
@@ -57,7 +57,7 @@ public:
 
     /// Builds the whole tree over \p triMesh: root, boxes, subdivision, then inner lists
     /// cut to one representative.
-    /// \return 0; -1 for a mesh without triangles; a box failure's code.
+    /// \return RESULT_OK; RESULT_FAIL (-1) for a mesh without triangles; a box failure's code.
     int Build(const ITriMesh* triMesh);
     /// Deep copy of this tree (nodes re-linked; empty octants keep the shared node).
     MeshQueryTree* Clone() const;

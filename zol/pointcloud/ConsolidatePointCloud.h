@@ -186,7 +186,7 @@ public:
     /// nearest points, \p iterationCount times (_SmoothGeometry with
     /// SMOOTH_QUALITY_PLANE). A cloud with fewer than 3 or fewer than neighborCount
     /// points is left as it is and RESULT_OK returned.
-    /// \param[in] selectIndex points that move; null for all.
+    /// \param[in] selectIndex points that move (an empty list moves none); null for all.
     /// \return RESULT_OK (0);
     ///         RESULT_INVALID_INPUT (-2) for a null cloud ("ConsolidatePointCloud::
     ///         SmoothGeometry: input pointCloud is NULL") or neighborCount < 3 or
@@ -206,12 +206,11 @@ public:
     /// \param[in,out] info the cloud's neighbour context.
     /// \param[in] neighborCount k, the point itself included (clamped to the point count).
     /// \param[in] iterationCount passes; none are made below 1.
-    /// \param[in] selectIndex points that move; null for all.
+    /// \param[in] selectIndex points that move (an empty list moves none); null for all.
     /// \return RESULT_OK (0);
     ///         RESULT_INVALID_INPUT (-2) when \p info already holds the index of a cloud of
-    ///         another size ("_SmoothGeometry: info holds the index of another cloud"), for
-    ///         an empty selection ("ConsolidatePointCloud::
-    ///         SmoothGeometry: selectIndex is empty") or a selected index outside the cloud
+    ///         another size ("_SmoothGeometry: info holds the index of another cloud") or
+    ///         for a selected index outside the cloud
     ///         ("ConsolidatePointCloud::SmoothGeometry: invalid selectIndex: " and the
     ///         index);
     ///         the failing step's status after its line: "_SmoothGeometry: InitAnn Failed ",

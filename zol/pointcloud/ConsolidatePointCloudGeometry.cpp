@@ -164,10 +164,7 @@ int ConsolidatePointCloud::_SmoothGeometry(IPointCloud* pointCloud,
     if (status != RESULT_OK) return LogFailure(status, "_SmoothGeometry: InitAnn Failed ", status);
     SetProgress(0.1);
     const int n = pointCloud->GetPointCount();
-    if (selectIndex != nullptr && selectIndex->empty()) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "ConsolidatePointCloud::SmoothGeometry: selectIndex is empty");
-    }
+    // An empty selection is no error: no point moves, and the passes still run.
     std::vector<bool> selected;
     int badIndex = 0;
     if (!MarkPointSelection(selectIndex, n, true, selected, badIndex)) {
@@ -322,7 +319,7 @@ int ConsolidatePointCloud::_SmoothGeometryByNormal(IPointCloud* pointCloud,
                             sum += FlatPoint(xyz, row[e]) * w;
                         }
                     }
-                    const Vector3 mean = sum * (1.0 / weights);
+                    const Vector3 mean = sum / weights;
                     newCoords[i] = p + normal * ((mean - p) * normal);
                 }
             },

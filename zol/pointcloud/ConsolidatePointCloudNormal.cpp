@@ -96,7 +96,9 @@ void FillMissingNormals(const std::vector<int>& ids, int k, std::vector<Vector3>
 
 /// The side references of a cloud: the scanner side when a camera direction is given or
 /// the cloud is a range image; none otherwise (the graph and centroids then decide).
-std::vector<Vector3> ScannerReferences(IPointCloud* cloud, const Vector3* cameraDirection) {
+std::vector<Vector3> ScannerReferences(IPointCloud* cloud,
+                                       const std::vector<double>& xyz,
+                                       const Vector3* cameraDirection) {
     const int n = cloud->GetPointCount();
     std::vector<Vector3> references;
     if (cameraDirection != nullptr) {
@@ -106,7 +108,8 @@ std::vector<Vector3> ScannerReferences(IPointCloud* cloud, const Vector3* camera
         return references;
     }
     const PointCloud* grid = dynamic_cast<const PointCloud*>(cloud);
-    if (grid == nullptr || !ComputeGridReferences(*grid, references)) references.clear();
+    if (grid == nullptr || !ComputeGridReferences(*grid, xyz.data(), references))
+        references.clear();
     return references;
 }
 
@@ -168,7 +171,7 @@ int ConsolidatePointCloud::_CalculatePointCloudNormal(IPointCloud* pointCloud,
     status = FitAllNormals(xyz, ids, k, normals);
     if (status != RESULT_OK) return status;
     SetProgress(0.6);
-    const std::vector<Vector3> references = ScannerReferences(pointCloud, cameraDirection);
+    const std::vector<Vector3> references = ScannerReferences(pointCloud, xyz, cameraDirection);
     OrientNormals(xyz.data(), n, ids.data(), k, references.empty() ? nullptr : references.data(),
                   normals);
     FillMissingNormals(ids, k, normals);
@@ -222,7 +225,7 @@ int ConsolidatePointCloud::OrientPointCloudNormal(IPointCloud* pointCloud,
     }
     const std::vector<Vector3> before = unit;
     SetProgress(0.6);
-    const std::vector<Vector3> references = ScannerReferences(pointCloud, cameraDirection);
+    const std::vector<Vector3> references = ScannerReferences(pointCloud, xyz, cameraDirection);
     OrientNormals(xyz.data(), n, ids.data(), k, references.empty() ? nullptr : references.data(),
                   unit);
     SetProgress(0.9);

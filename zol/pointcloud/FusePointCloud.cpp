@@ -4,7 +4,6 @@
 // cell sees its points in the same order for any thread count.
 #include <zol/pointcloud/FusePointCloud.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <typeinfo>
@@ -16,166 +15,15 @@
 #include <zol/core/PointCloud.h>
 #include <zol/dump/DumpHookInternal.h>
 #include <zol/dump/DumpPointRecords.h>
+#include <zol/pointcloud/FuseFoldInternal.h>
 #include <zol/pointcloud/FuseTreeInternal.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
-#include <zol/runtime/ParallelInternal.h>
 
 namespace ZOL {
 
 namespace {
-
-// Below this many points the workers cost more than they save.
-const int kThreadedMinimum = 1 << 15;
-// The first cell index that no longer fits an int.
-const double kIndexLimit = 2147483648.0;
-
-const ParallelLines kFuseLines = {
-    "FusePointCloud::UpdateFuseFunction",
-    "FusePointCloud::UpdateFuseFunction: ThreadPool InsertTask FuseCellsMT Failed"};
-
-bool IsFinite(double x, double y, double z) {
-    return std::isfinite(x) && std::isfinite(y) && std::isfinite(z);
-}
-
-// Runs body(t, n) over n slices: inline for small inputs, else on the workers.
-template <typename Body>
-int RunSlices(int taskCount, const Body& body) {
-    if (taskCount == 1) {
-        body(0, 1);
-        return RESULT_OK;
-    }
-    return ParallelFor(taskCount, body, kFuseLines);
-}
-
-// The first refused point of one slice (-1 for none).
-struct SliceCheck {
-    int badCoord = -1;
-    int badNormal = -1;
-};
-
-// One update's points as flat x, y, z triples, and how they map into the grid. The
-// transform is applied on the fly: both passes read the source arrays, so a large cloud
-// needs no per-point working memory.
-struct FuseSource {
-    const double* coords;
-    const double* normals;  ///< null unless normals are fused
-    const double* attributes;
-    bool moved;    ///< whether a transform applies
-    double m[12];  ///< the top three rows of the transform
-    Vector3 origin;
-    double h[3];
-
-    Vector3 Point(int i) const {
-        const double* p = coords + 3 * static_cast<std::size_t>(i);
-        if (!moved) return Vector3(p[0], p[1], p[2]);
-        return Vector3(m[0] * p[0] + m[1] * p[1] + m[2] * p[2] + m[3],
-                       m[4] * p[0] + m[5] * p[1] + m[6] * p[2] + m[7],
-                       m[8] * p[0] + m[9] * p[1] + m[10] * p[2] + m[11]);
-    }
-    Vector3 Normal(int i) const {
-        const double* v = normals + 3 * static_cast<std::size_t>(i);
-        if (!moved) return Vector3(v[0], v[1], v[2]);
-        return Vector3(m[0] * v[0] + m[1] * v[1] + m[2] * v[2],
-                       m[4] * v[0] + m[5] * v[1] + m[6] * v[2],
-                       m[8] * v[0] + m[9] * v[1] + m[10] * v[2]);
-    }
-    // The cell of \p p; false below bboxMin or beyond the int range (one-sided rule).
-    bool Cell(const Vector3& p, FuseCellKey& key) const {
-        double q[3];
-        for (int a = 0; a < 3; ++a) {
-            q[a] = (p[a] - origin[a]) / h[a];
-            if (!(q[a] >= 0.0 && q[a] < kIndexLimit)) return false;
-        }
-        key = FuseCellKey{static_cast<int>(q[0]), static_cast<int>(q[1]), static_cast<int>(q[2])};
-        return true;
-    }
-};
-
-// Pass 1 over points [first, last): every moved point, and normal when fused, is finite.
-void CheckPoints(const FuseSource& src, int first, int last, SliceCheck& check) {
-    for (int i = first; i < last; ++i) {
-        const Vector3 p = src.Point(i);
-        if (!IsFinite(p.x, p.y, p.z)) {
-            check.badCoord = i;
-            return;
-        }
-        if (src.normals) {
-            const Vector3 v = src.Normal(i);
-            if (!IsFinite(v.x, v.y, v.z)) {
-                check.badNormal = i;
-                return;
-            }
-        }
-    }
-}
-
-// Pass 2: folds every point whose cell lies in shards [shardFirst, shardLast) into its
-// cell, in point order.
-void FoldPoints(
-    const FuseSource& src, int pointCount, FuseTree& tree, int shardFirst, int shardLast) {
-    const int m = tree.AttributeCount();
-    const bool fuseNormal = src.normals != nullptr;
-    // Hash lookups are cache misses, so cells are located kAhead points ahead and their
-    // slots asked for, and half-way there the cell records; a ring holds the lookups.
-    const int kAhead = 16;
-    struct Located {
-        FuseCellKey key;
-        std::uint64_t hash;
-        int shard;  ///< -1 for a point outside the range or another worker's shard
-    } ring[kAhead];
-    auto locate = [&](int i, Located& at) {
-        at.shard = -1;
-        if (!src.Cell(src.Point(i), at.key)) return;
-        at.hash = FuseTree::Hash(at.key);
-        const int s = FuseTree::ShardOf(at.hash);
-        if (s < shardFirst || s >= shardLast) return;
-        at.shard = s;
-        tree.shards[s].PrefetchSlot(at.hash);
-    };
-    for (int i = 0; i < kAhead && i < pointCount; ++i) locate(i, ring[i]);
-    FuseCellKey lastKey{-1, -1, -1};
-    int lastShard = -1, lastCell = -1;
-    for (int i = 0; i < pointCount; ++i) {
-        const Located here = ring[i % kAhead];
-        if (i + kAhead < pointCount) locate(i + kAhead, ring[i % kAhead]);
-        const Located& half = ring[(i + kAhead / 2) % kAhead];
-        if (i + kAhead / 2 < pointCount && half.shard >= 0) {
-            tree.shards[half.shard].PrefetchCell(half.hash);
-        }
-        if (here.shard < 0) continue;
-        FuseShard& shard = tree.shards[here.shard];
-        bool inserted = false;
-        if (here.shard != lastShard || !(here.key == lastKey)) {
-            lastCell = shard.FindOrInsert(here.key, here.hash, inserted);
-            lastKey = here.key, lastShard = here.shard;
-        }
-        FuseCell& cell = *shard.cells.At(lastCell);
-        const Vector3 p = src.Point(i);
-        const Vector3 nu = fuseNormal ? src.Normal(i) : Vector3(0.0, 0.0, 0.0);
-        const double* a = m > 0 ? src.attributes + static_cast<std::size_t>(i) * m : nullptr;
-        double* values = m > 0 ? shard.attributes.At(lastCell) : nullptr;
-        if (inserted) {
-            cell.position = p;
-            cell.normal = nu;
-            cell.weight = 1;
-            for (int k = 0; k < m; ++k) values[k] = a[k];
-            continue;
-        }
-        const double w = static_cast<double>(cell.weight);
-        const double W = w + 1.0;
-        cell.position = (cell.position * w + p) / W;
-        for (int k = 0; k < m; ++k) values[k] = (w * values[k] + a[k]) / W;
-        ++cell.weight;
-        if (fuseNormal) {
-            // Weighted by the weight after the increment; an opposite normal is flipped
-            // before it is added.
-            cell.normal = cell.normal * nu < 0.0 ? cell.normal * W - nu : cell.normal * W + nu;
-            cell.normal.Normalise();
-        }
-    }
-}
 
 // The flat coordinates of a list: a plain PointCloud's own array, else a copy kept in
 // \p copy. \p normals picks the normals instead.
@@ -300,12 +148,8 @@ int FusePointCloud::_UpdateFuseFunction(const IPointList* pointList,
         return LogFailure(RESULT_INVALID_INPUT,
                           "FusePointCloud::UpdateFuseFunction: transform is empty");
     }
+    // m = size / point count, rounded down: values beyond m per point are not read.
     const std::size_t attributeSize = pointAttributes ? pointAttributes->size() : 0;
-    if (attributeSize % static_cast<std::size_t>(pointCount) != 0) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "FusePointCloud::UpdateFuseFunction: pointAttributes size is not a "
-                          "multiple of pointCount");
-    }
     if (mpFuseTree == nullptr) {
         return LogFailure(RESULT_STEP_FAIL, "FusePointCloud::UpdateFuseFunction: FuseTree is NULL");
     }
@@ -328,43 +172,27 @@ int FusePointCloud::_UpdateFuseFunction(const IPointList* pointList,
     const int resolution[3] = {mResolutionX, mResolutionY, mResolutionZ};
     for (int a = 0; a < 3; ++a) src.h[a] = (mBBoxMax[a] - mBBoxMin[a]) / resolution[a];
 
-    // Pass 1: every point is checked before any cell changes.
-    const int taskCount = pointCount < kThreadedMinimum ? 1 : ParallelTaskCount(pointCount);
-    std::vector<SliceCheck> checks(taskCount);
-    int status = RunSlices(taskCount, [&](int t, int n) {
-        CheckPoints(src, SliceBegin(pointCount, t, n), SliceBegin(pointCount, t + 1, n), checks[t]);
-    });
-    if (status != RESULT_OK) return status;
-    for (const SliceCheck& c : checks) {
-        if (c.badCoord >= 0) {
-            return LogFailure(RESULT_INVALID_INPUT,
-                              "FusePointCloud::UpdateFuseFunction: non-finite coordinate at "
-                              "pointId = ",
-                              c.badCoord);
-        }
-        if (c.badNormal >= 0) {
-            return LogFailure(
-                RESULT_INVALID_INPUT,
-                "FusePointCloud::UpdateFuseFunction: non-finite normal at pointId = ", c.badNormal);
-        }
+    // Pass 1: every point is checked, and its cell found, before any cell changes.
+    const FuseMapResult map = MapFusePoints(src, pointCount, tree);
+    if (map.status != RESULT_OK) return map.status;
+    if (map.badCoord >= 0) {
+        return LogFailure(RESULT_INVALID_INPUT,
+                          "FusePointCloud::UpdateFuseFunction: non-finite coordinate at "
+                          "pointId = ",
+                          map.badCoord);
     }
-    if (gSystemLogLevel <= LOG_TRACE) {
-        FuseCellKey key;
-        for (int i = 0; i < pointCount; ++i) {
-            if (!src.Cell(src.Point(i), key)) {
-                LogLine("FusePointCloud::UpdateFuseFunction: point is out of range");
-            }
-        }
+    if (map.badNormal >= 0) {
+        return LogFailure(
+            RESULT_INVALID_INPUT,
+            "FusePointCloud::UpdateFuseFunction: non-finite normal at pointId = ", map.badNormal);
     }
+    if (gSystemLogLevel <= LOG_TRACE) LogDroppedPoints(tree, pointCount);
     if (!hasCells && tree.AttributeCount() != attributeCount)
         tree.SetAttributeCount(attributeCount);
 
     // Pass 2: worker t owns a contiguous run of shards and folds their points in index
     // order, so each cell's running means see the same sequence for any thread count.
-    return RunSlices(std::min(taskCount, FuseTree::kShardCount), [&](int t, int n) {
-        FoldPoints(src, pointCount, tree, SliceBegin(FuseTree::kShardCount, t, n),
-                   SliceBegin(FuseTree::kShardCount, t + 1, n));
-    });
+    return FoldFusePoints(src, pointCount, map, tree);
 }
 
 int FusePointCloud::ExtractPointCloud(IPointCloud* pointCloud,
@@ -385,26 +213,38 @@ int FusePointCloud::ExtractPointCloud(IPointCloud* pointCloud,
         return LogFailure(RESULT_STEP_FAIL, "FusePointCloud::ExtractPointCloud: FuseTree is NULL");
     }
     const FuseTree& tree = *mpFuseTree;
-    const LargeVector<FuseCellRef> sorted = tree.SortedCells();
+    const LargeVector<std::uint64_t> sorted = tree.SortedCells();
+    const std::size_t count = sorted.size();
     const int m = tree.AttributeCount();
     pointCloud->SetHasNormal(mFuseNormal);
-    if (PointCloud* cloud = dynamic_cast<PointCloud*>(pointCloud)) {
-        cloud->ReservePoint(static_cast<int>(sorted.size()));
-    }
-    if (pointAttributes) pointAttributes->reserve(pointAttributes->size() + sorted.size() * m);
-    for (const FuseCellRef& r : sorted) {
-        const FuseShard& shard = tree.shards[r.shard];
-        const FuseCell& cell = *shard.cells.At(r.cell);
-        if (mFuseNormal) {
+    // The library's own cloud is filled without a virtual call per point.
+    PointCloud* plain =
+        typeid(*pointCloud) == typeid(PointCloud) ? static_cast<PointCloud*>(pointCloud) : nullptr;
+    if (plain) plain->ReservePoint(static_cast<int>(count));
+    if (pointAttributes) pointAttributes->reserve(pointAttributes->size() + count * m);
+    // The cells are visited in grid order, far from their storage order: each one is asked
+    // for a few cells ahead of its use.
+    const std::size_t kAhead = 12;
+    auto cellOf = [&tree](std::uint64_t code) {
+        const FuseCellRef r = FuseTree::RefOf(code);
+        return tree.shards[r.shard].cells.At(r.cell);
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+#if defined(__GNUC__)
+        if (i + kAhead < count) __builtin_prefetch(cellOf(sorted[i + kAhead]));
+#endif
+        const FuseCell& cell = *cellOf(sorted[i]);
+        if (plain) {
+            plain->PointCloud::InsertPoint(cell.position, cell.normal);
+        } else if (mFuseNormal) {
             pointCloud->InsertPoint(cell.position, cell.normal);
         } else {
             pointCloud->InsertPoint(cell.position);
         }
-        if (pointAttributes) {
-            if (m > 0) {
-                const double* values = shard.attributes.At(r.cell);
-                pointAttributes->insert(pointAttributes->end(), values, values + m);
-            }
+        if (pointAttributes && m > 0) {
+            const FuseCellRef r = FuseTree::RefOf(sorted[i]);
+            const double* values = tree.shards[r.shard].attributes.At(r.cell);
+            pointAttributes->insert(pointAttributes->end(), values, values + m);
         }
     }
     return RESULT_OK;

@@ -72,7 +72,8 @@ public:
     /// \param[in] transform rigid transform into the fusion frame (points by
     ///            TransformPoint, normals by RotateVector); null for none.
     /// \param[in] pointAttributes m values per point, point after point, m = size / point
-    ///            count; null (or empty) for none.
+    ///            count rounded down (the values past m per point are not read); null (or
+    ///            empty) for none.
     /// \return RESULT_OK; RESULT_INVALID_INPUT (-2) when pointCloud is null
     ///         ("FusePointCloud::UpdateFuseFunction: input pointCloud is NULL"), when
     ///         normals are fused and the cloud has none ("FusePointCloud::
@@ -94,9 +95,7 @@ public:
     ///         RESULT_INVALID_INPUT (-2) when pointList is null ("FusePointCloud::
     ///         UpdateFuseFunction: input pointList is NULL"), the transform is an empty
     ///         matrix ("FusePointCloud::UpdateFuseFunction: transform is empty"), the
-    ///         attribute size is not a multiple of the point count ("FusePointCloud::
-    ///         UpdateFuseFunction: pointAttributes size is not a multiple of pointCount"),
-    ///         the attribute count differs from the fused cells' ("FusePointCloud::
+    ///         attribute count differs from the fused cells' ("FusePointCloud::
     ///         UpdateFuseFunction: attribute count " m " differs from fused " m'), or a
     ///         moved coordinate, or a fused normal, is NaN or infinite ("FusePointCloud::
     ///         UpdateFuseFunction: non-finite coordinate at pointId = " i, or "...

@@ -105,7 +105,7 @@ int FusePointCloud::DumpInfo(std::ostream& out) const {
         return LogFailure(RESULT_STEP_FAIL, "FusePointCloud::DumpInfo: FuseTree is NULL");
     }
     const FuseTree& tree = *mpFuseTree;
-    const LargeVector<FuseCellRef> sorted = tree.SortedCells();
+    const LargeVector<std::uint64_t> sorted = tree.SortedCells();
     const int m = tree.AttributeCount();
     std::string text;
     LineBuilder line(text);
@@ -116,7 +116,8 @@ int FusePointCloud::DumpInfo(std::ostream& out) const {
     line.Word("fuseNormal").Int(mFuseNormal ? 1 : 0).End();
     line.Word("attributes").Int(m).End();
     line.Word("cells").Int(static_cast<std::int64_t>(sorted.size())).End();
-    for (const FuseCellRef& r : sorted) {
+    for (const std::uint64_t code : sorted) {
+        const FuseCellRef r = FuseTree::RefOf(code);
         const FuseShard& shard = tree.shards[r.shard];
         const FuseCell& cell = *shard.cells.At(r.cell);
         line.Int(cell.key.ix).Int(cell.key.iy).Int(cell.key.iz);

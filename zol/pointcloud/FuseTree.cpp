@@ -27,30 +27,31 @@ int BitWidth(unsigned value) {
     return bits;
 }
 
-std::uint32_t TagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 24); }
+std::uint32_t TagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash); }
 
-struct PackedRef {
-    std::uint64_t key;
-    FuseCellRef ref;
-};
-
-// Least-significant-digit radix sort on the low \p keyBits bits, 11 bits per pass.
-void RadixSort(LargeVector<PackedRef>& refs, int keyBits) {
-    const int kDigitBits = 11;
-    const std::uint64_t kDigitMask = (1u << kDigitBits) - 1;
-    LargeVector<PackedRef> scratch(refs.size());
-    std::vector<std::size_t> counts(std::size_t(1) << kDigitBits);
-    for (int shift = 0; shift < keyBits; shift += kDigitBits) {
+// Least-significant-digit radix sort of \p codes on their bits [lowBit, lowBit + keyBits),
+// in as few passes of at most 11 bits as cover them; a pass whose digit is the same for
+// every code moves nothing and is skipped.
+void RadixSort(LargeVector<std::uint64_t>& codes, int lowBit, int keyBits) {
+    const int passes = (keyBits + 10) / 11;
+    if (passes == 0) return;
+    const int digitBits = (keyBits + passes - 1) / passes;
+    const std::uint64_t digitMask = (std::uint64_t(1) << digitBits) - 1;
+    LargeVector<std::uint64_t> scratch(codes.size());
+    std::vector<std::size_t> counts(std::size_t(1) << digitBits);
+    for (int shift = lowBit; shift < lowBit + keyBits; shift += digitBits) {
         std::fill(counts.begin(), counts.end(), 0);
-        for (const PackedRef& r : refs) ++counts[(r.key >> shift) & kDigitMask];
+        for (const std::uint64_t c : codes) ++counts[(c >> shift) & digitMask];
+        if (counts[(codes.front() >> shift) & digitMask] == codes.size()) continue;
         std::size_t sum = 0;
         for (std::size_t& c : counts) {
             const std::size_t n = c;
             c = sum;
             sum += n;
         }
-        for (const PackedRef& r : refs) scratch[counts[(r.key >> shift) & kDigitMask]++] = r;
-        refs.swap(scratch);
+        std::uint64_t* out = scratch.data();
+        for (const std::uint64_t c : codes) out[counts[(c >> shift) & digitMask]++] = c;
+        codes.swap(scratch);
     }
 }
 
@@ -74,7 +75,7 @@ void* AllocateLarge(std::size_t bytes) {
 void FreeLarge(void* memory) { std::free(memory); }
 
 int FuseShard::FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& inserted) {
-    if (2 * (cells.size() + 1) > mSlots.size()) Grow();
+    if (2 * (cells.size() + 1) > mSlots.size()) Reserve(cells.size() + 1);
     const std::uint32_t tag = TagOf(hash);
     for (std::uint64_t s = hash & mMask;; s = (s + 1) & mMask) {
         Slot& slot = mSlots[s];
@@ -86,6 +87,9 @@ int FuseShard::FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& in
             cell->weight = 0;
             cell->key = key;
             attributes.Append();
+            mMaxKey.ix = std::max(mMaxKey.ix, key.ix);
+            mMaxKey.iy = std::max(mMaxKey.iy, key.iy);
+            mMaxKey.iz = std::max(mMaxKey.iz, key.iz);
             inserted = true;
             return slot.cell;
         }
@@ -113,16 +117,25 @@ void FuseShard::PrefetchCell(std::uint64_t hash) const {
 #endif
 }
 
-void FuseShard::Grow() {
-    const std::size_t size = mSlots.empty() ? kFirstSlotCount : 2 * mSlots.size();
-    LargeVector<Slot>(size, Slot{0, -1}).swap(mSlots);
-    mMask = size - 1;
-    for (std::size_t c = 0; c < cells.size(); ++c) {
-        const std::uint64_t hash = FuseTree::Hash(cells.At(c)->key);
-        std::uint64_t s = hash & mMask;
-        while (mSlots[s].cell >= 0) s = (s + 1) & mMask;
-        mSlots[s] = Slot{TagOf(hash), static_cast<int>(c)};
+void FuseShard::Reserve(std::size_t cellCount) {
+    std::size_t size = mSlots.empty() ? kFirstSlotCount : mSlots.size();
+    while (size < 2 * cellCount) size *= 2;
+    if (size != mSlots.size()) Rehash(size);
+}
+
+void FuseShard::Rehash(std::size_t slotCount) {
+    // Slot positions are the low tag bits, and a table never passes 2^31 slots (cell
+    // indices are ints), so the old slots alone place every cell again.
+    LargeVector<Slot> slots(slotCount, Slot{0, -1});
+    const std::uint64_t mask = slotCount - 1;
+    for (const Slot& old : mSlots) {
+        if (old.cell < 0) continue;
+        std::uint64_t s = old.tag & mask;
+        while (slots[s].cell >= 0) s = (s + 1) & mask;
+        slots[s] = old;
     }
+    mSlots.swap(slots);
+    mMask = mask;
 }
 
 FuseTree::FuseTree(int attributeCount) { SetAttributeCount(attributeCount); }
@@ -138,57 +151,59 @@ long long FuseTree::CellCount() const {
     return count;
 }
 
-LargeVector<FuseCellRef> FuseTree::SortedCells() const {
+LargeVector<std::uint64_t> FuseTree::SortedCells() const {
     unsigned maxX = 0, maxY = 0, maxZ = 0;
-    std::size_t total = 0;
+    std::size_t total = 0, largest = 0;
     for (const FuseShard& shard : shards) {
         total += shard.cells.size();
-        for (std::size_t c = 0; c < shard.cells.size(); ++c) {
-            const FuseCellKey& key = shard.cells.At(c)->key;
-            maxX = std::max(maxX, static_cast<unsigned>(key.ix));
-            maxY = std::max(maxY, static_cast<unsigned>(key.iy));
-            maxZ = std::max(maxZ, static_cast<unsigned>(key.iz));
-        }
+        largest = std::max(largest, shard.cells.size());
+        maxX = std::max(maxX, static_cast<unsigned>(shard.MaxKey().ix));
+        maxY = std::max(maxY, static_cast<unsigned>(shard.MaxKey().iy));
+        maxZ = std::max(maxZ, static_cast<unsigned>(shard.MaxKey().iz));
     }
+    LargeVector<std::uint64_t> codes;
+    codes.reserve(total);
+    if (total == 0) return codes;
     const int bitsY = BitWidth(maxY), bitsZ = BitWidth(maxZ);
     const int keyBits = BitWidth(maxX) + bitsY + bitsZ;
-    LargeVector<FuseCellRef> sorted;
-    sorted.reserve(total);
-    if (keyBits <= 64) {
-        // Packing ix above iy above iz keeps their lexicographic order in one integer;
-        // each width is at most 31 bits, so the shifts stay below 64.
-        LargeVector<PackedRef> refs;
-        refs.reserve(total);
+    const int cellBits = BitWidth(static_cast<unsigned>(largest));
+    const int lowBit = kShardBits + cellBits;
+    if (keyBits + lowBit <= 64) {
+        // Packing ix above iy above iz keeps their lexicographic order in one integer, and
+        // the shard and cell index below it ride along; each width is at most 31 bits.
         for (int s = 0; s < kShardCount; ++s) {
             const FuseBlocks<FuseCell>& cells = shards[s].cells;
             for (std::size_t c = 0; c < cells.size(); ++c) {
                 const FuseCellKey& k = cells.At(c)->key;
-                const std::uint64_t packed = std::uint64_t(unsigned(k.ix)) << (bitsY + bitsZ) |
-                                             std::uint64_t(unsigned(k.iy)) << bitsZ |
-                                             std::uint64_t(unsigned(k.iz));
-                refs.push_back(PackedRef{packed, FuseCellRef{s, static_cast<int>(c)}});
+                const std::uint64_t key = std::uint64_t(unsigned(k.ix)) << (bitsY + bitsZ) |
+                                          std::uint64_t(unsigned(k.iy)) << bitsZ |
+                                          std::uint64_t(unsigned(k.iz));
+                codes.push_back(key << lowBit | std::uint64_t(s) << cellBits | c);
             }
         }
-        RadixSort(refs, keyBits);
-        for (const PackedRef& r : refs) sorted.push_back(r.ref);
-        return sorted;
+        RadixSort(codes, lowBit, keyBits);
+        const std::uint64_t cellMask = (std::uint64_t(1) << cellBits) - 1;
+        for (std::uint64_t& code : codes) {
+            code =
+                RefCode(static_cast<int>((code >> cellBits) & (kShardCount - 1)), code & cellMask);
+        }
+        return codes;
     }
     for (int s = 0; s < kShardCount; ++s) {
-        for (std::size_t c = 0; c < shards[s].cells.size(); ++c) {
-            sorted.push_back(FuseCellRef{s, static_cast<int>(c)});
-        }
+        for (std::size_t c = 0; c < shards[s].cells.size(); ++c) codes.push_back(RefCode(s, c));
     }
-    auto keyOf = [this](const FuseCellRef& r) -> const FuseCellKey& {
+    auto keyOf = [this](std::uint64_t code) -> const FuseCellKey& {
+        const FuseCellRef r = RefOf(code);
         return shards[r.shard].cells.At(r.cell)->key;
     };
-    std::sort(sorted.begin(), sorted.end(), [&](const FuseCellRef& a, const FuseCellRef& b) {
+    std::sort(codes.begin(), codes.end(), [&](std::uint64_t a, std::uint64_t b) {
         const FuseCellKey& ka = keyOf(a);
         const FuseCellKey& kb = keyOf(b);
         if (ka.ix != kb.ix) return ka.ix < kb.ix;
         if (ka.iy != kb.iy) return ka.iy < kb.iy;
         return ka.iz < kb.iz;
     });
-    return sorted;
+    return codes;
 }
 
 }  // namespace ZOL

@@ -51,6 +51,41 @@ struct alignas(64) FuseCell {
     std::uint32_t weight;
 };
 
+/// Where one point of an update falls, worked out once by the checking pass so that the
+/// folding workers neither divide nor hash again: its cell (ix -1 when the point is
+/// dropped by the range rule) and that cell's hash.
+struct FusePointCell {
+    FuseCellKey key;
+    std::uint64_t hash;
+};
+
+/// An array of trivially copyable T that keeps its memory between uses and is never
+/// zero-filled: every use writes the elements before reading them.
+template <typename T>
+class FuseScratch {
+public:
+    FuseScratch() = default;
+    ~FuseScratch() { FreeLarge(mData); }
+    FuseScratch(const FuseScratch&) = delete;
+    FuseScratch& operator=(const FuseScratch&) = delete;
+    /// \return room for \p count elements, their values unspecified.
+    T* Get(std::size_t count) {
+        if (count > mCapacity) {
+            FreeLarge(mData);
+            mData = nullptr;
+            mData = static_cast<T*>(AllocateLarge(count * sizeof(T)));
+            mCapacity = count;
+        }
+        return mData;
+    }
+    /// \return the elements of the last Get.
+    T* Data() const { return mData; }
+
+private:
+    T* mData = nullptr;
+    std::size_t mCapacity = 0;
+};
+
 /// Where a cell lives: its shard and its index there.
 struct FuseCellRef {
     int shard;
@@ -121,6 +156,12 @@ public:
     /// \return the index of the cell with \p key, appending a cell of weight 0 (its
     ///         attribute values unwritten) when there is none; \p inserted tells which.
     int FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& inserted);
+    /// Sizes the slots for \p cellCount cells at once, so that an update that brings
+    /// many new cells rehashes at most once instead of at every doubling.
+    void Reserve(std::size_t cellCount);
+    /// The largest index on each axis over the cells (0 when there are none), kept on
+    /// insertion so that ordering the cells needs no extra pass over them.
+    FuseCellKey MaxKey() const { return mMaxKey; }
     /// Asks for the slot of \p hash ahead of its use.
     void PrefetchSlot(std::uint64_t hash) const {
 #if defined(__GNUC__)
@@ -137,15 +178,18 @@ public:
     FuseBlocks<double> attributes;  ///< attributeCount values per cell
 
 private:
-    // The high hash bits tell most different keys apart without reading their cells.
+    // The low 32 hash bits: they pick the slot too, so growth rehashes from the slots
+    // alone, and the bits above the mask tell most keys of one probe run apart without
+    // reading their cells.
     struct Slot {
         std::uint32_t tag;
         int cell;  ///< -1 for an empty slot
     };
-    void Grow();
+    void Rehash(std::size_t slotCount);
 
     LargeVector<Slot> mSlots;
     std::uint64_t mMask = 0;
+    FuseCellKey mMaxKey{0, 0, 0};
 };
 
 /// All fused cells, named after the ordered tree the messages call "FuseTree".
@@ -175,14 +219,23 @@ public:
 
     /// \return the number of cells.
     long long CellCount() const;
-    /// \return every cell, ordered by ascending ix, then iy, then iz.
-    LargeVector<FuseCellRef> SortedCells() const;
+    /// \return every cell, ordered by ascending ix, then iy, then iz, each as
+    ///         RefCode(shard, cell).
+    LargeVector<std::uint64_t> SortedCells() const;
+    static std::uint64_t RefCode(int shard, std::size_t cell) {
+        return std::uint64_t(unsigned(shard)) << 32 | cell;
+    }
+    static FuseCellRef RefOf(std::uint64_t code) {
+        return FuseCellRef{static_cast<int>(code >> 32), static_cast<int>(code & 0xFFFFFFFFu)};
+    }
 
     FuseShard shards[kShardCount];
     /// Flat copies of the points of a list that is not a plain PointCloud, kept between
     /// updates so that a series of clouds touches their pages once.
     std::vector<double> coordCopy;
     std::vector<double> normalCopy;
+    /// The cell of every point of the current update.
+    FuseScratch<FusePointCell> pointCells;
 
 private:
     int mAttributeCount;

@@ -22,7 +22,7 @@ struct ColorOverlap {
 /// Pairs every point of scan \p from with its nearest point of scan \p to when their
 /// squared distance is at most \p maxSquaredDistance.
 /// \param[in] toInfo the neighbour context of scan \p to, its index built.
-/// \return 0 or the search's status.
+/// \return RESULT_OK or the search's status.
 int FindColorOverlap(IPointCloud* fromCloud,
                      const PointCloudInfo& toInfo,
                      double maxSquaredDistance,

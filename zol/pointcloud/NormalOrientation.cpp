@@ -214,11 +214,16 @@ void OrientNormals(const double* xyz,
     }
 }
 
-bool ComputeGridReferences(const PointCloud& cloud, std::vector<Vector3>& references) {
+bool ComputeGridReferences(const PointCloud& cloud,
+                           const double* xyz,
+                           std::vector<Vector3>& references) {
     const int n = cloud.GetPointCount();
     references.assign(static_cast<size_t>(n), Vector3());
     if (!cloud.HasGridTopology() || cloud.GetWidth() < 2 || cloud.GetHeight() < 2) return false;
-    const Vector3* coords = cloud.GetPointCoordData();
+    const auto coord = [xyz](int i) {
+        const double* p = xyz + 3 * static_cast<size_t>(i);
+        return Vector3(p[0], p[1], p[2]);
+    };
     const int width = cloud.GetWidth();
     // Neighbour cells in counter-clockwise order: right, up, left, down.
     const int dx[4] = {1, 0, -1, 0};
@@ -235,7 +240,8 @@ bool ComputeGridReferences(const PointCloud& cloud, std::vector<Vector3>& refere
         for (int d = 0; d < 4; ++d) {
             const int a = around[d], b = around[(d + 1) % 4];
             if (a < 0 || b < 0) continue;
-            Vector3 side = (coords[a] - coords[i]).CrossProduct(coords[b] - coords[i]);
+            const Vector3 p = coord(i);
+            Vector3 side = (coord(a) - p).CrossProduct(coord(b) - p);
             if (side.Normalise() < REAL_TOL) continue;
             sum += side;
         }

@@ -43,8 +43,12 @@ void OrientNormals(const double* xyz,
 /// spans with its cell's neighbours, which face the scanner. A point without a cell or
 /// without two adjacent neighbour cells gets the normalised sum over all points (the
 /// mean viewing side).
+/// \param[in] xyz the points as read through the cloud's interface (x, y, z triples): a
+///            class derived from PointCloud may serve other coordinates than its arrays.
 /// \param[out] references one per point.
 /// \return false when the cloud has no grid topology or not a single grid triangle.
-bool ComputeGridReferences(const PointCloud& cloud, std::vector<Vector3>& references);
+bool ComputeGridReferences(const PointCloud& cloud,
+                           const double* xyz,
+                           std::vector<Vector3>& references);
 
 }  // namespace ZOL

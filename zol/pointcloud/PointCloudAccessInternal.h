@@ -46,7 +46,7 @@ inline Vector3 FlatPoint(const std::vector<double>& xyz, int i) {
 /// a fresh query into \p scratch (an index built over another cloud can give fewer).
 /// Safe on many threads once the cache is filled.
 /// \param[out] row the ids, nearest first; \param[out] count how many.
-/// \return 0 or GetNeighbor's status.
+/// \return RESULT_OK or GetNeighbor's status.
 inline int ReadNeighborRow(const PointCloudInfo& info,
                            int pointId,
                            int k,

@@ -23,7 +23,7 @@ const ParallelLines kMeanLines = {"CalculatePointListDensity",
                                   "CalculatePointListDensity: ThreadPool InsertTask failed"};
 
 /// Mean of the square roots of one row of squared distances, divided by k - 1: the
-/// first entry is the point itself at distance 0.
+/// first entry is the point itself at distance 0. A lone point (k = 1) gives 0 / 0.
 double RowMean(const double* squaredDistances, int count, int k) {
     double sum = 0.0;
     for (int t = 0; t < count; ++t) sum += std::sqrt(squaredDistances[t]);
@@ -46,7 +46,7 @@ int CalculatePointListDensity(const IPointList* pointList, int neighborCount, do
         return LogFailure(RESULT_INVALID_INPUT, "CalculatePointListDensity: invalid input");
     }
     const int n = pointList->GetPointCount();
-    if (n < 2 || neighborCount < 2) {
+    if (n < 1 || neighborCount < 2) {
         return LogFailure(RESULT_FAIL, "CalculatePointListDensity invalid pointCount: ", n,
                           " neighborCount: ", neighborCount);
     }
@@ -86,7 +86,7 @@ int _CalculatePointListDensity(const IPointCloud* pointCloud,
         return LogFailure(RESULT_INVALID_INPUT, "CalculatePointListDensity: invalid input");
     }
     const int n = pointCloud->GetPointCount();
-    if (n < 2 || neighborCount < 2) {
+    if (n < 1 || neighborCount < 2) {
         return LogFailure(RESULT_FAIL, "CalculatePointListDensity invalid pointCount: ", n,
                           " neighborCount: ", neighborCount);
     }

@@ -25,9 +25,9 @@ class PointCloudInfo;
 /// \return RESULT_OK (0);
 ///         RESULT_INVALID_INPUT (-2) for a null list ("CalculatePointListDensity: invalid
 ///         input");
-///         RESULT_FAIL (-1) when the list has fewer than 2 points or neighborCount < 2
-///         ("CalculatePointListDensity invalid pointCount: " n " neighborCount: " k; a
-///         single point has no spacing);
+///         RESULT_FAIL (-1) when the list is empty or neighborCount < 2
+///         ("CalculatePointListDensity invalid pointCount: " n " neighborCount: " k);
+///         a single point has no other point to measure to, so its density is NaN;
 ///         RESULT_NOT_READY (-5) when the index cannot be built, e.g. for a NaN
 ///         coordinate ("CalculatePointListDensity: Ann initialize failed");
 ///         the query's status when the neighbour search fails ("CalculatePointListDensity
@@ -52,8 +52,9 @@ ZOL_API int CalculatePointListDensity(const IPointList* pointList,
 ///         invalid selectIndex: " and the index) or \p info holding the index of a cloud
 ///         of another size ("CalculatePointListDensity: info holds the index of another
 ///         cloud");
-///         RESULT_FAIL (-1) when the cloud has fewer than 2 points or neighborCount < 2
-///         ("CalculatePointListDensity invalid pointCount: " n " neighborCount: " k);
+///         RESULT_FAIL (-1) when the cloud is empty or neighborCount < 2
+///         ("CalculatePointListDensity invalid pointCount: " n " neighborCount: " k; a
+///         single point gives NaN, as above);
 ///         InitAnn's status when the index cannot be built ("CalculatePointListDensity:
 ///         Ann initialize failed"); the search's status when it fails
 ///         ("CalculatePointListDensity Ann find nearest neighbor failed").

@@ -35,9 +35,6 @@ int EstimateCameraDirection(const IPointCloud* depthData,
             RESULT_INVALID_INPUT,
             "EstimateCameraDirection: depthData == NULL || depthData->HasNormal() == false");
     }
-    if (selectIndex && selectIndex->empty()) {
-        return LogFailure(RESULT_INVALID_INPUT, "EstimateCameraDirection: selectIndex is empty");
-    }
     const int pointCount = depthData->GetPointCount();
     if (selectIndex) {
         for (int id : *selectIndex) {

@@ -23,12 +23,11 @@ namespace ZOL {
 /// \param[in] depthData the cloud; must carry normals.
 /// \param[in] selectIndex point indices whose normals are grid-sampled, in this order;
 ///            null for all points.
-/// \param[out] direction unit vector (zero for an empty cloud).
+/// \param[out] direction unit vector (zero for an empty cloud or an empty selection).
 /// \return RESULT_OK (0);
 ///         RESULT_INVALID_INPUT (-2) for a null cloud or one without normals
 ///         ("EstimateCameraDirection: depthData == NULL || depthData->HasNormal() ==
-///         false"), an empty selection ("EstimateCameraDirection: selectIndex is empty"),
-///         a selected index outside the cloud ("EstimateCameraDirection: selectIndex out
+///         false"), a selected index outside the cloud ("EstimateCameraDirection: selectIndex out
 ///         of range: " and the index) or a sampled position outside the cloud, possible
 ///         only with a selection longer than the cloud ("EstimateCameraDirection:
 ///         sampled position out of range: " and the position);

@@ -133,15 +133,14 @@ public:
     /// the bounding-box minimum; in each cell the point nearest to the cell's lower
     /// corner wins (the lower index on a tie).
     /// \param[in] pointCloud the cloud; only read.
-    /// \param[in] interval cell size in the cloud's length unit.
+    /// \param[in] interval cell size in the cloud's length unit; infinite for one cell.
     /// \param[out] sampleIndex cleared, then the winning point indices in the order of
     ///             their cell's hash bucket, then of the cell key (ix, iy, iz).
     /// \return RESULT_OK (0), also with an empty result for an empty cloud;
     ///         RESULT_INVALID_INPUT (-2) for a null cloud ("SamplePointCloud::GridSample:
     ///         pointCloud == NULL"), interval below REAL_TOL
-    ///         ("SamplePointCloud::GridSample: interval < REAL_TOL") or not finite
-    ///         ("SamplePointCloud::GridSample: interval is not finite"); otherwise as
-    ///         _GridSample.
+    ///         ("SamplePointCloud::GridSample: interval < REAL_TOL") or NaN
+    ///         ("SamplePointCloud::GridSample: interval is NaN"); otherwise as _GridSample.
     static int GridSample(const IPointCloud* pointCloud,
                           double interval,
                           std::vector<int>& sampleIndex);
@@ -156,9 +155,9 @@ public:
     /// \return RESULT_OK (0); also for an empty list ("SamplePointCloud::_GridSample:
     ///         pointCount is 0", empty result);
     ///         RESULT_INVALID_INPUT (-2) for a null list ("SamplePointCloud::_GridSample
-    ///         input pointList is NULL"), an interval below REAL_TOL or not finite
-    ///         ("SamplePointCloud::_GridSample: interval < REAL_TOL || interval is not
-    ///         finite"), a non-finite coordinate ("SamplePointCloud::_GridSample: point "
+    ///         input pointList is NULL"), an interval below REAL_TOL or NaN
+    ///         ("SamplePointCloud::_GridSample: interval < REAL_TOL || interval is NaN"),
+    ///         a non-finite coordinate ("SamplePointCloud::_GridSample: point "
     ///         and the index, " has a non-finite coordinate"), or an interval so small
     ///         that a cell index would not fit in 63 bits
     ///         ("SamplePointCloud::_GridSample: interval too small for the extent of the

@@ -258,9 +258,9 @@ int SamplePointCloud::GridSample(const IPointCloud* pointCloud,
         return LogFailure(RESULT_INVALID_INPUT,
                           "SamplePointCloud::GridSample: interval < REAL_TOL");
     }
-    if (!std::isfinite(interval)) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "SamplePointCloud::GridSample: interval is not finite");
+    // An infinite interval is one cell holding every point; only NaN has no cells.
+    if (std::isnan(interval)) {
+        return LogFailure(RESULT_INVALID_INPUT, "SamplePointCloud::GridSample: interval is NaN");
     }
     const PointCloudPointList pointList(pointCloud);
     return _GridSample(&pointList, interval, sampleIndex);
@@ -279,10 +279,9 @@ int SamplePointCloud::_GridSample(const IPointList* pointList,
         LogLine("SamplePointCloud::_GridSample: pointCount is 0");
         return RESULT_OK;
     }
-    if (!(interval >= REAL_TOL) || !std::isfinite(interval)) {
+    if (!(interval >= REAL_TOL)) {
         return LogFailure(RESULT_INVALID_INPUT,
-                          "SamplePointCloud::_GridSample: interval < REAL_TOL || interval is not "
-                          "finite");
+                          "SamplePointCloud::_GridSample: interval < REAL_TOL || interval is NaN");
     }
     const FlatCoords coords(pointList);
     const double* xyz = coords.Data();

@@ -44,7 +44,8 @@ public:
 
     /// Takes over \p data (count rows of dim doubles) and builds trees for
     /// ParallelTaskCount() workers.
-    /// \return 0; -5 when no tree can be built (non-finite coordinate, no memory).
+    /// \return RESULT_OK; RESULT_NOT_READY (-5) when no tree can be built (non-finite
+    ///         coordinate, no memory).
     int Build(std::vector<double>&& data, int count, int dim);
     /// Makes sure that \p workers workers can search at once: one tree per library copy,
     /// as many as there are copies for, the missing ones built in parallel. Safe while

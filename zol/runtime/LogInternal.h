@@ -2,15 +2,22 @@
 // call sites in the library stays one readable line with its full text visible.
 #pragma once
 
+#include <mutex>
 #include <ostream>
 
 #include <zol/runtime/LogSystem.h>
 
 namespace ZOL {
 
+/// The lock that keeps each line of the library whole: pool workers log too (trace lines,
+/// the pool's own destructor line when a task runs a nested parallel step), and two
+/// threads writing one stream at once would corrupt it, not merely interleave lines.
+std::mutex& LogLineMutex();
+
 /// Writes the parts as one line (default stream formatting) and flushes.
 template <typename... Parts>
 void LogLine(const Parts&... parts) {
+    std::lock_guard<std::mutex> lock(LogLineMutex());
     std::ostream& out = LogSystem::Get()->GetOFStream();
     (out << ... << parts) << std::endl;
 }

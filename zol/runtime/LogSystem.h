@@ -20,7 +20,8 @@ enum LogLevel {
 inline constexpr LogLevel gSystemLogLevel = LOG_FAILURE;
 
 /// The single log file ("tracklog.txt" in the working directory by default).
-/// Not synchronised: lines from several threads may interleave.
+/// The library's own lines are written under one lock, so lines of several threads never
+/// mix; a host writing to GetOFStream() itself does so without that lock.
 class ZOL_API LogSystem {
 public:
     /// \return the instance, created on first call on "tracklog.txt" (truncated).

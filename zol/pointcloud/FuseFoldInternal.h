@@ -1,0 +1,62 @@
+// The two passes of a fusion update: one maps every point to its cell and checks it, so
+// that a refused call changes nothing, the other folds the points into their cells.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include <zol/core/Vector3.h>
+#include <zol/pointcloud/FuseTreeInternal.h>
+
+namespace ZOL {
+
+/// One update's points as flat x, y, z triples, and how they map into the grid. The
+/// transform is applied on the fly: both passes read the source arrays, so a large cloud
+/// needs no per-point copy of moved coordinates.
+struct FuseSource {
+    const double* coords;
+    const double* normals;  ///< null unless normals are fused
+    const double* attributes;
+    bool moved;    ///< whether a transform applies
+    double m[12];  ///< the top three rows of the transform
+    Vector3 origin;
+    double h[3];
+
+    Vector3 Point(std::size_t i) const {
+        const double* p = coords + 3 * i;
+        if (!moved) return Vector3(p[0], p[1], p[2]);
+        return Vector3(m[0] * p[0] + m[1] * p[1] + m[2] * p[2] + m[3],
+                       m[4] * p[0] + m[5] * p[1] + m[6] * p[2] + m[7],
+                       m[8] * p[0] + m[9] * p[1] + m[10] * p[2] + m[11]);
+    }
+    Vector3 Normal(std::size_t i) const {
+        const double* v = normals + 3 * i;
+        if (!moved) return Vector3(v[0], v[1], v[2]);
+        return Vector3(m[0] * v[0] + m[1] * v[1] + m[2] * v[2],
+                       m[4] * v[0] + m[5] * v[1] + m[6] * v[2],
+                       m[8] * v[0] + m[9] * v[1] + m[10] * v[2]);
+    }
+};
+
+/// What the mapping pass found.
+struct FuseMapResult {
+    int status = 0;      ///< RESULT_OK, or the workers' failure
+    int badCoord = -1;   ///< the first point whose moved coordinate is not finite
+    int badNormal = -1;  ///< the first point whose fused normal is not finite
+    /// Points per shard, an upper bound on the cells each shard may gain.
+    std::vector<std::size_t> shardPoints;
+};
+
+/// Pass 1: checks every point and writes its cell into tree.pointCells, on the workers
+/// for large updates. No cell changes.
+FuseMapResult MapFusePoints(const FuseSource& src, int pointCount, FuseTree& tree);
+
+/// Pass 2: folds every mapped point into its cell; each worker owns a run of shards and
+/// visits the points in index order, so every cell sees the same sequence of points for
+/// any thread count. \return RESULT_OK or the workers' failure.
+int FoldFusePoints(const FuseSource& src, int pointCount, const FuseMapResult& map, FuseTree& tree);
+
+/// Logs one line per point of the last mapping that the range rule dropped.
+void LogDroppedPoints(const FuseTree& tree, int pointCount);
+
+}  // namespace ZOL
