@@ -53,6 +53,7 @@
 #include <zol/dump/DumpPointRecords.h>
 #include <zol/dump/DumpRecord.h>
 #include <zol/dump/DumpRecordTable.h>
+#include <zol/dump/DumpRegistrationRecords.h>
 
 // Mesh processing: measurement and triangle queries
 #include <zol/mesh/MeasureMesh.h>

@@ -14,6 +14,7 @@
 
 #include "tests/common/DumpFiles.h"
 #include "tests/common/PointData.h"
+#include "tests/common/ScanData.h"
 #include "tests/common/TestData.h"
 
 using namespace ZOL;
@@ -34,6 +35,12 @@ std::vector<double> Values(PointCloud* cloud) {
 
 std::unique_ptr<PointCloud> Import(const std::string& relative) {
     return std::unique_ptr<PointCloud>(Parser::ImportPointCloud(zoltest::DataPath(relative)));
+}
+
+std::vector<double> Entries(const Matrix4x4& m) {
+    std::vector<double> values;
+    for (int i = 0; i < 16 && !m.IsEmpty(); ++i) values.push_back(m.GetValue(i));
+    return values;
 }
 
 template <typename Record>
@@ -110,6 +117,24 @@ TEST(PointDumpReplay, EveryRecordedOperationReplaysToItsStatusAndResults) {
     PointCloud partA = zoltest::MakeCloud(parts[0]), partB = zoltest::MakeCloud(parts[1]);
     std::vector<Vector3> gains;
 
+    // bun045 onto bun000 from a few degrees off the bun.conf pose, pulled by three marks
+    // and run on given sample ids; a coarse search for the scan in a random pose.
+    PointCloud ref = zoltest::BunnyScan("bun000"), from = zoltest::BunnyScan("bun045");
+    const Matrix4x4 truth = zoltest::BunnyTruth("bun045", "bun000");
+    const Matrix4x4 start =
+        truth * zoltest::RigidMotion(Vector3(0, 1, 0), 3.0, zoltest::Centroid(from));
+    std::vector<Vector3> fromMarks, refMarks;
+    std::vector<int> sampleIds;
+    for (int i = 0; i < from.GetPointCount(); i += 97) sampleIds.push_back(i);
+    for (int i : {sampleIds[5], sampleIds[50], sampleIds[200]}) {
+        fromMarks.push_back(from.GetPointCoord(i));
+        refMarks.push_back(truth.TransformPoint(from.GetPointCoord(i)));
+    }
+    const double tolerance = 0.002;
+    const PointCloud lost =
+        zoltest::Moved(from, zoltest::RandomMotion(5, 120.0, zoltest::Centroid(from), 0.05));
+    Matrix4x4 icp, coarse, pairFit;
+
     const auto sameCloud = [](PointCloud& expected) {
         return
             [&expected](DumpBase& r) { EXPECT_EQ(Values(r.GetPointCloud(0)), Values(&expected)); };
@@ -137,9 +162,8 @@ TEST(PointDumpReplay, EveryRecordedOperationReplaysToItsStatusAndResults) {
          sameCloud(work[3])},
         {"plane smoothing", [&] { return CPC::SmoothGeometry(&work[4], 8, 2, nullptr); }, RESULT_OK,
          sameCloud(work[4])},
-        {"plane smoothing of an empty selection",
-         [&] { return CPC::SmoothGeometry(&work[5], 8, 1, &none); }, RESULT_INVALID_INPUT,
-         sameCloud(work[5])},
+        {"plane smoothing of an empty selection moves nothing",
+         [&] { return CPC::SmoothGeometry(&work[5], 8, 1, &none); }, RESULT_OK, sameCloud(work[5])},
         {"orientation of a range image by its grid",
          [&] { return CPC::OrientPointCloudNormal(&work[6], 8); }, RESULT_OK, sameCloud(work[6])},
         {"orientation towards a camera",
@@ -215,6 +239,52 @@ TEST(PointDumpReplay, EveryRecordedOperationReplaysToItsStatusAndResults) {
              EXPECT_TRUE(tuned.GetColorGains() == gains);
              EXPECT_TRUE(tuned.GetOverlapErrors().empty());
              EXPECT_TRUE(r.GetPointCloud(1)->GetPointColor(7) == colors[1][7]);
+         }},
+        {"point-pair fit of three pairs",
+         [&] {
+             return RegistratePointCloud::_AlignPointPair(refMarks, fromMarks, &pairFit, &start);
+         },
+         RESULT_OK,
+         [&](DumpBase& r) {
+             EXPECT_EQ(
+                 Entries(As<DumpPointCloudRegistrationAlignPointPair>(r).GetResultTransform()),
+                 Entries(pairFit));
+         }},
+        {"point-pair fit into no result",
+         [&] {
+             return RegistratePointCloud::_AlignPointPair(refMarks, fromMarks, nullptr, nullptr);
+         },
+         RESULT_INVALID_INPUT, nullptr},
+        {"ICP with marks, sample ids and a tolerance",
+         [&] {
+             PointCloudInfo refInfo, fromInfo;
+             return RegistratePointCloud::_ICPRegistrate(
+                 &ref, refInfo, &refMarks, &from, fromInfo, &fromMarks, &icp, &start, true,
+                 static_cast<int>(sampleIds.size()), sampleIds.data(), &tolerance, 3);
+         },
+         RESULT_OK,
+         [&](DumpBase& r) {
+             EXPECT_EQ(Entries(As<DumpPointCloudRegistrationICP>(r).GetResultTransform()),
+                       Entries(icp));
+             PointCloud expected = zoltest::Moved(from, icp * start);
+             EXPECT_EQ(Values(r.GetPointCloud(0)), Values(&expected));
+         }},
+        {"ICP given sample ids with no count",
+         [&] {
+             PointCloudInfo refInfo, fromInfo;
+             return RegistratePointCloud::_ICPRegistrate(&ref, refInfo, nullptr, &from, fromInfo,
+                                                         nullptr, &icp, nullptr, false, 0,
+                                                         sampleIds.data(), nullptr, 1);
+         },
+         RESULT_INVALID_INPUT, nullptr},
+        {"coarse alignment of a scan in a random pose",
+         [&] { return RegistratePointCloud::AlignPointCloud(&from, &lost, &coarse, 0.2); },
+         RESULT_OK,
+         [&](DumpBase& r) {
+             EXPECT_EQ(
+                 Entries(As<DumpPointCloudRegistrationAlignPointCloud>(r).GetResultTransform()),
+                 Entries(coarse));
+             EXPECT_EQ(r.GetPointCloud(0)->GetPointCount(), lost.GetPointCount());
          }},
     };
     for (const auto& c : cases) {

@@ -5,6 +5,7 @@
 #include <zol/dump/DumpCurveRecords.h>
 #include <zol/dump/DumpMeshRecords.h>
 #include <zol/dump/DumpPointRecords.h>
+#include <zol/dump/DumpRegistrationRecords.h>
 
 namespace ZOL {
 

@@ -1,6 +1,5 @@
 // Run of the point-cloud dump records of operations this library declares without
-// providing, and of the registration records, which answer RESULT_NOT_AVAILABLE until
-// their operations land. Consolidation, sampling, fusion and colour tuning run elsewhere.
+// providing. Consolidation, sampling, fusion and colour tuning run elsewhere.
 #include <zol/dump/DumpPointRecords.h>
 
 #include <zol/mesh/Triangulation.h>
@@ -133,20 +132,5 @@ int DumpDetectShapeSelectPrimitive::Run() {
     std::vector<int> faceIds;
     return Finish(DetectShape::SelectPrimitive(Field<0>().get(), Field<1>(), Field<2>(), &faceIds));
 }
-
-// Registration records keep their value and tag until their operations land.
-int DumpPointCloudRegistrationAlignPointPair::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudRegistrationICP::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudRegistrationAlignPointCloud::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudRegistrationAlignPointCloudByMark::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpPointCloudRegistrationGlobal::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpNonRigidICP::Run() { return Finish(RESULT_NOT_AVAILABLE); }
-
-int DumpNonRigidGlobalRegistrate::Run() { return Finish(RESULT_NOT_AVAILABLE); }
 
 }  // namespace ZOL

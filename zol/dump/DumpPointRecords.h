@@ -1,5 +1,5 @@
-// The dump records of point-cloud, registration, colour and shape operations (ApiName
-// values 101 to 141), one class per recorded API, fields in the API's parameter order.
+// The dump records of point-cloud, colour and shape operations (ApiName values 101 to
+// 141 outside registration), one class per recorded API, fields in parameter order.
 #pragma once
 
 #include <memory>
@@ -50,18 +50,6 @@ ZOL_DUMP_RECORD(PointCloudConsolidationCalculateIsolation, dumpfield::Cloud, dum
 /// Records ReconstructMesh::Reconstruct.
 ZOL_DUMP_RECORD(PointCloudReconstructMesh, dumpfield::Cloud, dumpfield::Value<int>);
 
-/// Records the point-pair alignment of RegistratePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudRegistrationAlignPointPair);
-
-/// Records the ICP registration of RegistratePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudRegistrationICP);
-
-/// Records the coarse alignment of RegistratePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudRegistrationAlignPointCloud);
-
 /// Records SamplePointCloud::UniformSample: the cloud, the sample count, whether an output
 /// array was given, the seed and the quality. Run samples into an array of its own
 /// (GetSampleIndex) and gives the sampled points as GetPointCloud(0).
@@ -80,10 +68,6 @@ private:
     std::vector<int> mSampleIndex;
 };
 
-/// Records the alignment by marks of RegistratePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudRegistrationAlignPointCloudByMark);
-
 /// Records MeasurePointCloud::ComputeOneSideDistance: the measured cloud and the reference.
 ZOL_DUMP_RECORD(PointCloudMeasureOneSideDistance, dumpfield::Cloud, dumpfield::Cloud);
 
@@ -98,10 +82,6 @@ ZOL_DUMP_RECORD(PointCloudConsolidationRawScanData,
                 dumpfield::Cloud,
                 dumpfield::Value<int>,
                 dumpfield::Value<double>);
-
-/// Records the global registration of RegistratePointCloud. The operation is declared later; until
-/// then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(PointCloudRegistrationGlobal);
 
 /// Records FusePointCloud::UpdateFuseFunction with the object it updates: the grid (the
 /// three resolutions, box minimum and maximum, whether normals are fused) on one line, the
@@ -315,14 +295,6 @@ private:
 ZOL_DUMP_RECORD(PointCloudConsolidationRemoveOverlap,
                 dumpfield::CloudList,
                 dumpfield::Value<double>);
-
-/// Records the non-rigid ICP of RegistratePointCloud. The operation is declared later; until then
-/// the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(NonRigidICP);
-
-/// Records the non-rigid global registration of RegistratePointCloud. The operation is declared
-/// later; until then the record holds no fields and Run answers RESULT_NOT_AVAILABLE.
-ZOL_DUMP_RECORD_PENDING(NonRigidGlobalRegistrate);
 
 /// Records DeformPointList::Deform.
 ZOL_DUMP_RECORD(DeformPointListDeform,

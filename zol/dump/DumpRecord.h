@@ -160,10 +160,3 @@ private:
     public:                                                                            \
         int Run() override;                                                            \
     }
-
-/// Declares a record whose operation is declared later: it has no fields yet.
-#define ZOL_DUMP_RECORD_PENDING(Name)                                     \
-    class ZOL_API Dump##Name final : public ZOL::DumpRecord<Dump##Name> { \
-    public:                                                               \
-        int Run() override;                                               \
-    }

@@ -164,6 +164,94 @@ public:
                                const std::vector<Vector3>& pointsFrom,
                                Matrix4x4* resultTransform,
                                const Matrix4x4* initTransform);
+
+    /// Pose of \p pointCloudFrom on \p pointCloudRef from landmark marks whose pairing is
+    /// not known (the marks of both clouds are matched by their mutual distances), refined
+    /// by ICP. Not provided by this library: it answers after its argument checks.
+    /// \param[in] pointCloudRef the target cloud, at least 3 points.
+    /// \param[in] refMarks marks on the ref cloud, at least 3.
+    /// \param[in] pointCloudFrom the moving cloud, at least 3 points.
+    /// \param[in] fromMarks marks on the from cloud, at least 3, in its raw coordinates.
+    /// \param[out] resultTransform the pose of the from cloud; must not be null.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), checked in this order,
+    ///         for a null cloud or result ("RegistratePointCloud::AlignPointCloudByMark:
+    ///         pointCloudRef == NULL || pointCloudFrom == NULL || resultTransform == NULL"),
+    ///         fewer than 3 marks on a side ("RegistratePointCloud::AlignPointCloudByMark:
+    ///         refMarks.size() < 3 || fromMarks.size() < 3") or a non-finite mark
+    ///         ("RegistratePointCloud::AlignPointCloudByMark: non-finite mark").
+    static int AlignPointCloudByMark(const IPointCloud* pointCloudRef,
+                                     const std::vector<Vector3>& refMarks,
+                                     const IPointCloud* pointCloudFrom,
+                                     const std::vector<Vector3>& fromMarks,
+                                     Matrix4x4* resultTransform);
+
+    /// Poses of several overlapping scans at once: every overlapping pair is registered
+    /// by ICP and the poses are relaxed together so that the loop errors spread over all
+    /// pairs; the first cloud keeps its pose. Not provided by this library: it answers
+    /// after its argument checks.
+    /// \param[in] pointCloudList the scans, at least 2, none null.
+    /// \param[in] initTransformList a starting pose per scan; null for identities.
+    /// \param[in] maxIterationCount relaxation rounds, at least 1.
+    /// \param[out] resultTransformList the pose of every scan; must not be null.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), checked in this order,
+    ///         for fewer than 2 scans ("RegistratePointCloud::GlobalRegistrate:
+    ///         pointCloudList.size() < 2"), a null scan ("RegistratePointCloud::
+    ///         GlobalRegistrate: pointCloud is NULL: cloudId = " and its index), a null
+    ///         result ("RegistratePointCloud::GlobalRegistrate: resultTransformList ==
+    ///         NULL"), starting poses not one per scan ("RegistratePointCloud::
+    ///         GlobalRegistrate: initTransformList size != pointCloudList size") or
+    ///         maxIterationCount < 1 ("RegistratePointCloud::GlobalRegistrate:
+    ///         maxIterationCount < 1").
+    static int GlobalRegistrate(const std::vector<const IPointCloud*>& pointCloudList,
+                                const std::vector<Matrix4x4>* initTransformList,
+                                int maxIterationCount,
+                                std::vector<Matrix4x4>* resultTransformList);
+
+    /// Bends \p pointCloudFrom onto \p pointCloudRef: after the initial pose, every from
+    /// point moves towards its nearest ref points while neighbouring points keep their
+    /// relative offsets, as stiff as \p stiffness asks. Not provided by this library: it
+    /// answers after its argument checks.
+    /// \param[in] pointCloudRef the target cloud, at least 3 points.
+    /// \param[in] pointCloudFrom the cloud to bend, at least 3 points; only read.
+    /// \param[in] initTransform the starting pose of the from cloud; null for identity.
+    /// \param[in] stiffness weight of keeping neighbouring offsets, above 0; larger
+    ///            values bend less.
+    /// \param[out] deformedPoints one position per from point; must not be null.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), checked in this order,
+    ///         for a null cloud or output ("RegistratePointCloud::NonRigidICP:
+    ///         pointCloudRef == NULL || pointCloudFrom == NULL || deformedPoints == NULL"),
+    ///         fewer than 3 points ("RegistratePointCloud::NonRigidICP: fromPointCount < 3
+    ///         || refPointCount < 3") or a stiffness that is not above 0
+    ///         ("RegistratePointCloud::NonRigidICP: invalid stiffness: " and the value).
+    static int NonRigidICP(const IPointCloud* pointCloudRef,
+                           const IPointCloud* pointCloudFrom,
+                           const Matrix4x4* initTransform,
+                           double stiffness,
+                           std::vector<Vector3>* deformedPoints);
+
+    /// Registers several scans of a moving or soft object together: rigid poses as
+    /// GlobalRegistrate finds them, then every scan bent onto the others as NonRigidICP
+    /// does. Not provided by this library: it answers after its argument checks.
+    /// \param[in] pointCloudList the scans, at least 2, none null.
+    /// \param[in] initTransformList a starting pose per scan; null to find them first.
+    /// \param[in] stiffness as for NonRigidICP, above 0.
+    /// \param[out] resultTransformList the rigid pose of every scan; must not be null.
+    /// \param[out] deformedPointsList the bent points of every scan; must not be null.
+    /// \return RESULT_NOT_AVAILABLE (-8); RESULT_INVALID_INPUT (-2), checked in this order,
+    ///         for fewer than 2 scans ("RegistratePointCloud::NonRigidGlobalRegistrate:
+    ///         pointCloudList.size() < 2"), a null scan ("RegistratePointCloud::
+    ///         NonRigidGlobalRegistrate: pointCloud is NULL: cloudId = " and its index), a
+    ///         null output ("RegistratePointCloud::NonRigidGlobalRegistrate:
+    ///         resultTransformList == NULL || deformedPointsList == NULL"), starting poses
+    ///         not one per scan ("RegistratePointCloud::NonRigidGlobalRegistrate:
+    ///         initTransformList size != pointCloudList size") or a stiffness that is not
+    ///         above 0 ("RegistratePointCloud::NonRigidGlobalRegistrate: invalid
+    ///         stiffness: " and the value).
+    static int NonRigidGlobalRegistrate(const std::vector<const IPointCloud*>& pointCloudList,
+                                        const std::vector<Matrix4x4>* initTransformList,
+                                        double stiffness,
+                                        std::vector<Matrix4x4>* resultTransformList,
+                                        std::vector<std::vector<Vector3>>* deformedPointsList);
 };
 
 }  // namespace ZOL

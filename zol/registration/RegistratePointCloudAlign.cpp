@@ -5,6 +5,8 @@
 #include <cmath>
 
 #include <zol/core/IPointList.h>
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpRegistrationRecords.h>
 #include <zol/pointcloud/ConsolidatePointCloud.h>
 #include <zol/registration/AlignContextInternal.h>
 #include <zol/runtime/ApiProgress.h>
@@ -177,7 +179,8 @@ int RegistratePointCloud::AlignPointCloud(const IPointCloud* pointCloudRef,
                                           Matrix4x4* resultTransform,
                                           double accuracy) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudRegistrationAlignPointCloud>(pointCloudRef, pointCloudFrom,
+                                                        resultTransform, accuracy);  // dump hook
     // The triple budget is only meaningful for an accuracy that passes the checks.
     const int maxSampleTripleCount =
         accuracy >= 0.0 && accuracy <= 1.0 ? static_cast<int>(accuracy * 1500 + 500) : 0;

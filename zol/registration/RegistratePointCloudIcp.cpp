@@ -6,6 +6,8 @@
 #include <cmath>
 
 #include <zol/core/IPointList.h>
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpRegistrationRecords.h>
 #include <zol/registration/RegistrationInternal.h>
 #include <zol/runtime/Ann.h>
 #include <zol/runtime/ApiProgress.h>
@@ -339,7 +341,10 @@ int RegistratePointCloud::_ICPRegistrate(const IPointCloud* pointCloudRef,
                                          const double* distanceTol,
                                          int tryCount) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudRegistrationICP>(
+        pointCloudRef, refMarks, pointCloudFrom, fromMarks, resultTransform, initTransform,
+        hasNormal, fromSampleCount, dumpfield::IdArray::Arg{fromSampleIds, fromSampleCount},
+        distanceTol, tryCount);  // dump hook
     if (pointCloudRef == nullptr || pointCloudFrom == nullptr || resultTransform == nullptr) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "ICPRegistrate: pointCloudRef == NULL || pointCloudFrom == NULL || "

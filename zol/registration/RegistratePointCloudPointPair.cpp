@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+#include <zol/dump/DumpHookInternal.h>
+#include <zol/dump/DumpRegistrationRecords.h>
 #include <zol/registration/RegistrationInternal.h>
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
@@ -78,7 +80,8 @@ int RegistratePointCloud::_AlignPointPair(const std::vector<Vector3>& pointsRef,
                                           Matrix4x4* resultTransform,
                                           const Matrix4x4* initTransform) {
     SetProgress(0.0);
-    // dump hook
+    DumpCall<DumpPointCloudRegistrationAlignPointPair>(pointsRef, pointsFrom, resultTransform,
+                                                       initTransform);  // dump hook
     if (pointsRef.size() != pointsFrom.size()) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "RegistratePointCloud::_AlignPointPair: pointsRef.size() != "

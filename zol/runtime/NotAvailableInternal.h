@@ -89,7 +89,11 @@
     X(DetectShape, DetectPrimitive)                   \
     X(DetectShape, SelectPrimitive)                   \
     X(DetectShape, FitCylinder)                       \
-    X(DetectShape, FitCone)
+    X(DetectShape, FitCone)                           \
+    X(RegistratePointCloud, AlignPointCloudByMark)    \
+    X(RegistratePointCloud, GlobalRegistrate)         \
+    X(RegistratePointCloud, NonRigidICP)              \
+    X(RegistratePointCloud, NonRigidGlobalRegistrate)
 
 namespace ZOL {
 
