@@ -68,6 +68,23 @@ void WriteDumpSeeds(const std::string& dir) {
             std::vector<int> samples(4);
             SamplePointCloud::UniformSample(&cloud, 4, samples.data(), 0, SAMPLE_QUALITY_LOW);
         },
+        [] {
+            PointCloud cloud = OrientedCloud();
+            PointCloudInfo refInfo, fromInfo;
+            const std::vector<Vector3> marks = {Vector3(0, 0, 0), Vector3(3, 2, 0.11)};
+            const int ids[] = {0, 5, 11};
+            const double tolerance = 0.5;
+            Matrix4x4 result;
+            RegistratePointCloud::_ICPRegistrate(&cloud, refInfo, &marks, &cloud, fromInfo, &marks,
+                                                 &result, nullptr, true, 3, ids, &tolerance, 2);
+        },
+        [] {
+            PointCloud cloud = OrientedCloud();
+            FusePointCloud fuse(4, 3, 2, Vector3(0, 0, 0), Vector3(3, 2, 0.11), true);
+            fuse.UpdateFuseFunction(&cloud, nullptr, nullptr);
+            DumpOnce();  // the first update recorded an empty fusion, this one a fused state
+            fuse.UpdateFuseFunction(&cloud, nullptr, nullptr);
+        },
     };
     for (const auto& call : calls) {
         DumpOnce();

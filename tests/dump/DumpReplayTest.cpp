@@ -29,6 +29,7 @@ namespace {
 struct Operation {
     const char* name;  // as the registry names it
     std::function<int()> call;
+    const char* note = "";  // a further line of the replay
 };
 
 }  // namespace
@@ -67,6 +68,10 @@ TEST(UnavailableOperations, AnswerMinus8AndReplayFromTheirDumps) {
     std::vector<PointOnFace> pofs;
     std::vector<ImageColorId> colorIds;
     std::vector<std::vector<int>> lists;
+    const std::vector<Vector3> marks = {Vector3(0, 0, 0), Vector3(1, 0, 0), Vector3(0, 1, 0)};
+    std::vector<Matrix4x4> poses(2, pose), mats;
+    poses[1].SetValue(3, 0.25);
+    std::vector<std::vector<Vector3>> nested;
     SumPointCloud sum(0.5, Vector3(-1, -1, -1), Vector3(2, 2, 2));
     SignedDistanceFunction sdf(0.5, Vector3(-1, -1, -1), Vector3(2, 2, 2));
     FuseDepthVideo video(0.5, Vector3(-1, -1, -1), Vector3(2, 2, 2));
@@ -307,6 +312,29 @@ TEST(UnavailableOperations, AnswerMinus8AndReplayFromTheirDumps) {
              double angle = 0.0;
              return DetectShape::FitCone(polyline2, polyline2, apex, axis, angle);
          }},
+        {"RegistratePointCloud::AlignPointCloudByMark",
+         [&] {
+             return RegistratePointCloud::AlignPointCloudByMark(&cloud, marks, &grid, polyline2,
+                                                                &pose);
+         }},
+        {"RegistratePointCloud::GlobalRegistrate",
+         [&] {
+             return RegistratePointCloud::GlobalRegistrate({&cloud, &grid}, &poses, 5, &mats);
+         }},
+        {"RegistratePointCloud::NonRigidICP",
+         [&] { return RegistratePointCloud::NonRigidICP(&cloud, &cloud, &pose, 0.5, &values); }},
+        {"RegistratePointCloud::NonRigidGlobalRegistrate",
+         [&] {
+             return RegistratePointCloud::NonRigidGlobalRegistrate({&grid, &cloud}, nullptr, 2.0,
+                                                                   &mats, &nested);
+         },
+         "DumpNonRigidGlobalRegistrate::Run: no initialization"},
+        {"RegistratePointCloud::NonRigidGlobalRegistrate",
+         [&] {
+             return RegistratePointCloud::NonRigidGlobalRegistrate({&grid, &cloud}, &poses, 2.0,
+                                                                   &mats, &nested);
+         },
+         "DumpNonRigidGlobalRegistrate::Run: with initialization"},
     };
     std::set<std::string> covered;
     int recorded = 0;
@@ -322,9 +350,9 @@ TEST(UnavailableOperations, AnswerMinus8AndReplayFromTheirDumps) {
         ASSERT_LE(files.size(), 1u) << op.name;
         if (files.empty()) continue;
         ++recorded;
-        zoltest::ExpectReplays(files[0], status, op.name);
+        zoltest::ExpectReplays(files[0], status, op.name, op.note);
     }
-    EXPECT_EQ(recorded, 72);
+    EXPECT_EQ(recorded, 77);
     // Every operation the registry lists is called above, except the query tool's (below).
     for (int i = 0; i < static_cast<int>(Unavailable::Count); ++i) {
         const std::string name = UnavailableName(static_cast<Unavailable>(i));
@@ -404,6 +432,22 @@ TEST(UnavailableOperations, ArgumentChecksLogTheirLineFirst) {
                                          {Vector3(), Vector3(), Vector3()}, apex, axis, angle);
          },
          "DetectShape::FitCone: points.size() != normals.size() || points.size() < 4"},
+        {[&] {
+             const std::vector<Vector3> marks = {Vector3(), Vector3(kNaN, 0, 0), Vector3()};
+             Matrix4x4 pose;
+             return RegistratePointCloud::AlignPointCloudByMark(&bare, marks, &bare, marks, &pose);
+         },
+         "RegistratePointCloud::AlignPointCloudByMark: non-finite mark"},
+        {[&] {
+             std::vector<Matrix4x4> poses;
+             return RegistratePointCloud::GlobalRegistrate({&bare, nullptr}, nullptr, 1, &poses);
+         },
+         "RegistratePointCloud::GlobalRegistrate: pointCloud is NULL: cloudId = 1"},
+        {[&] {
+             std::vector<Vector3> points;
+             return RegistratePointCloud::NonRigidICP(&bare, &bare, nullptr, 0.0, &points);
+         },
+         "RegistratePointCloud::NonRigidICP: fromPointCount < 3 || refPointCount < 3"},
     };
     for (const auto& c : cases) {
         zoltest::LogCapture log;
