@@ -22,7 +22,9 @@
 #include <zol/pointcloud/FusePointCloud.h>
 #include <zol/pointcloud/SamplePointCloud.h>
 #include <zol/pointcloud/SumPointCloud.h>
+#include <zol/registration/RegistratePointCloud.h>
 #include <zol/runtime/Constants.h>
+#include <zol/runtime/PointCloudInfo.h>
 
 #include "tests/common/DumpFiles.h"
 #include "tests/common/TestData.h"
@@ -209,6 +211,19 @@ TEST(DumpBase, BodiesHaveTheExactLayout) {
          [&] { return fuse.ExtractPointCloud(&blank, nullptr); },
          "116\n1 1 1 0 0 0 1 1 1 0\nFusePointCloud 1\nresolution 1 1 1\nbbox 0 0 0 1 1 1\n"
          "fuseNormal 0\nattributes 0\ncells 1\n1 2 3 1 2 3 0 0 0 1\nend FusePointCloud\n0 0\n0\n"},
+        {"ICP: marks, a result, a pose, sample ids by their count and a tolerance",
+         [&] {
+             const std::vector<Vector3> marks = {Vector3(1, 2, 3)};
+             const int ids[] = {0, 0, 7};
+             const double tolerance = 0.5;
+             Matrix4x4 result;
+             PointCloudInfo refInfo, fromInfo;
+             return RegistratePointCloud::_ICPRegistrate(&plain, refInfo, nullptr, &plain, fromInfo,
+                                                         &marks, &result, &shift, false, 2, ids,
+                                                         &tolerance, 3);
+         },
+         "107\n1 0\n1 2 3\n0\n1 0\n1 2 3\n1\n1 2 3 \n1\n16\n1 0 0 0.25 0 1 0 0 0 0 1 0 0 0 0 "
+         "1\n0 2\n2\n0 0 \n1\n0.5 \n3\n"},
     };
     for (const auto& c : cases) {
         int status = 0;
