@@ -111,7 +111,8 @@ public:
     }
 
 private:
-    IPointCloud* mpPointCloud;
+    // The cloud the task smooths; its coordinates are read from the flat copy instead.
+    [[maybe_unused]] IPointCloud* mpPointCloud;
     const PointCloudInfo* mpInfo;
     double mDensity;
     int mNeighborCount;
