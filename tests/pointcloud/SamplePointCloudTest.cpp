@@ -93,14 +93,6 @@ std::vector<int> Sample(const IPointCloud& cloud, int count, int seed, SampleQua
 
 }  // namespace
 
-TEST(SamplePointCloud, UniformSampleReturnsDistinctPointsOfTheCloud) {
-    PointCloud cloud = zoltest::MakeCloud(zoltest::RandomPoints(100, 1));
-    int ids[10];
-    ASSERT_EQ(SamplePointCloud::UniformSample(&cloud, 10, ids, 0, SAMPLE_QUALITY_LOW), RESULT_OK);
-    EXPECT_EQ(std::set<int>(ids, ids + 10).size(), 10u);
-    EXPECT_EQ(ids[0], 0);
-}
-
 TEST(SamplePointCloud, PlainSchemeFollowsExhaustiveFarthestPointOrder) {
     // Equal gaps make most steps ties, which the lowest index must win.
     std::vector<Vector3> line, grid, plane;

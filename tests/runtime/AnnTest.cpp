@@ -57,18 +57,26 @@ void ExpectMatchesBruteForce(const std::vector<Vector3>& points,
 
 }  // namespace
 
-TEST(Ann, FindsTheNearestPointOfRawData) {
-    double data[] = {0, 0, 0, 1, 0, 0, 0, 2, 0, 5, 5, 5};
+TEST(Ann, KAbovePointCountIsClampedAndTheRestMarkedMissing) {
+    double data[] = {0, 0, 0, 3, 0, 0, 1, 0, 0};
     Ann ann;
-    ASSERT_EQ(ann.Init(data, 4, 3), RESULT_OK);
-    double query[] = {0.9, 0.1, 0};
-    int ids[2];
-    double dists[2];
-    ASSERT_EQ(ann.FindNearestNeighbors(query, 1, 2, ids, dists), RESULT_OK);
-    EXPECT_EQ(ids[0], 1);
-    EXPECT_EQ(ids[1], 0);
-    EXPECT_DOUBLE_EQ(dists[0], 0.02);  // squared
-    EXPECT_DOUBLE_EQ(dists[1], 0.82);
+    ASSERT_EQ(ann.Init(data, 3, 3), RESULT_OK);
+    double queries[] = {0, 0, 0, 3, 0, 0};
+    std::vector<int> ids(2 * 5);
+    std::vector<double> dists(2 * 5);
+    ASSERT_EQ(ann.FindNearestNeighbors(queries, 2, 5, ids.data(), dists.data()), RESULT_OK);
+    EXPECT_EQ(ids, (std::vector<int>{0, 2, 1, -1, -1, 1, 2, 0, -1, -1}));
+    EXPECT_EQ(dists[1], 1.0);
+    EXPECT_EQ(dists[3], REAL_LARGE);
+    EXPECT_EQ(dists[9], REAL_LARGE);
+
+    PointCloud cloud = zoltest::MakeCloud({Vector3(0, 0, 0), Vector3(1, 0, 0)});
+    PointCloudPointList list(&cloud);
+    ASSERT_EQ(ann.Init(&list, nullptr), RESULT_OK);
+    zoltest::ThreadCountScope scope(2);
+    std::vector<int> listIds(2 * 4);
+    ASSERT_EQ(ann.FindNearestNeighbors(&list, 4, listIds.data(), nullptr), RESULT_OK);
+    EXPECT_EQ(listIds, (std::vector<int>{0, 1, -1, -1, 1, 0, -1, -1}));
 }
 
 TEST(Ann, ListQueriesOnARealScanMatchBruteForceInAnyOrderOnOneTwoAndEightThreads) {
@@ -156,28 +164,6 @@ TEST(Ann, RadiusQueryReturnsExactlyThePointsInsideNearestFirst) {
     ASSERT_EQ(ann.FindNearestNeighbors(origin, 2.0, &ids, &dists), RESULT_OK);
     EXPECT_EQ(ids, (std::vector<int>{0, 1, 2}));
     EXPECT_EQ(dists, (std::vector<double>{0.0, 1.0, 4.0}));
-}
-
-TEST(Ann, KAbovePointCountIsClampedAndTheRestMarkedMissing) {
-    double data[] = {0, 0, 0, 3, 0, 0, 1, 0, 0};
-    Ann ann;
-    ASSERT_EQ(ann.Init(data, 3, 3), RESULT_OK);
-    double queries[] = {0, 0, 0, 3, 0, 0};
-    std::vector<int> ids(2 * 5);
-    std::vector<double> dists(2 * 5);
-    ASSERT_EQ(ann.FindNearestNeighbors(queries, 2, 5, ids.data(), dists.data()), RESULT_OK);
-    EXPECT_EQ(ids, (std::vector<int>{0, 2, 1, -1, -1, 1, 2, 0, -1, -1}));
-    EXPECT_EQ(dists[1], 1.0);
-    EXPECT_EQ(dists[3], REAL_LARGE);
-    EXPECT_EQ(dists[9], REAL_LARGE);
-
-    PointCloud cloud = zoltest::MakeCloud({Vector3(0, 0, 0), Vector3(1, 0, 0)});
-    PointCloudPointList list(&cloud);
-    ASSERT_EQ(ann.Init(&list, nullptr), RESULT_OK);
-    zoltest::ThreadCountScope scope(2);
-    std::vector<int> listIds(2 * 4);
-    ASSERT_EQ(ann.FindNearestNeighbors(&list, 4, listIds.data(), nullptr), RESULT_OK);
-    EXPECT_EQ(listIds, (std::vector<int>{0, 1, -1, -1, 1, 0, -1, -1}));
 }
 
 TEST(Ann, TransformAndNormalsShapeTheIndexedPoints) {
