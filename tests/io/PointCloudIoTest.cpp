@@ -65,15 +65,6 @@ void ExpectSameCloud(PointCloud& a, PointCloud& b, double colorTol = 0.0) {
 }
 }  // namespace
 
-TEST(PointCloudIo, WriteAndReadBackABinaryCloud) {
-    PointCloud cloud = MakeCloud(100, true, false);
-    const std::string path = zoltest::ScratchPath("cloud.zbp");
-    ASSERT_EQ(Parser::ExportPointCloud(path, &cloud), RESULT_OK);
-    CloudPtr back(Parser::ImportPointCloud(path));
-    ASSERT_NE(back, nullptr);
-    ExpectSameCloud(cloud, *back);
-}
-
 TEST(PointCloudIo, EveryFormatRoundTripsValuesAndBytes) {
     struct Case {
         const char* extension;
@@ -283,8 +274,6 @@ TEST(PointCloudIo, MalformedFilesFailWithOneLogLine) {
         {"dup.zbg", zbgDuplicate, "ImportPointCloudByZBG: grid cell used twice: 3"},
         {"out.zbg", zbgOutside, "ImportPointCloudByZBG: grid cell out of range: 4"},
         {"magic.zpc", "ZPX 1\n0 0 0\n", "ImportPointCloudByZPC: missing ZPC magic word"},
-        {"count.zpc", "ZPC 1\n1000000000 0 0\n1 2 3\n",
-         "ImportPointCloudByZPC: point count 1e+09 exceeds the file size"},
         {"short.zpc", "ZPC 1\n2 0 0\n1 2 3\n",
          "ImportPointCloudByZPC: file ends after 1 of 2 points"},
         {"cols.zpc", "ZPC 1\n1 1 0\n1 2 3\n", "ImportPointCloudByZPC: invalid point in line 3"},
@@ -296,8 +285,6 @@ TEST(PointCloudIo, MalformedFilesFailWithOneLogLine) {
          "ImportPointCloudByASC: invalid number in line 1"},
         {"noply.ply", "plx\n", "ImportPointCloudByPLY: missing ply magic word"},
         {"noend.ply", plyHeader + "1" + plyXyz, "ImportPointCloudByPLY: missing end_header"},
-        {"many.ply", plyHeader + "99999999" + plyXyz + "end_header\n1 2 3\n",
-         "ImportPointCloudByPLY: element vertex count 99999999 exceeds the file size"},
         {"cut.ply", plyHeader + "2" + plyXyz + "end_header\n1 2 3\n4 5\n",
          "ImportPointCloudByPLY: unexpected end of data or invalid value in element vertex"},
         {"list.ply",
