@@ -203,14 +203,11 @@ TEST(FusePointCloud, DamagedSavedStateIsRefusedAndTheObjectKept) {
         {edit("resolution 2 2 2", "resolution 2 0 2"),
          "FusePointCloud::LoadInfo: damaged grid header"},
         {edit("bbox 0 0 0 2", "bbox 3 0 0 2"), "FusePointCloud::LoadInfo: damaged grid header"},
-        {edit("cells 2", "cells 2 2"), "FusePointCloud::LoadInfo: damaged grid header"},
         {edit("cells 2", "cells 3"), "FusePointCloud::LoadInfo: damaged cell at record 2"},
         {edit("1 0 0 1.5", "1 0 0 nan"), "FusePointCloud::LoadInfo: damaged cell at record 1"},
         {edit("0 0 0 2\n", "0 0 0 0.5\n"), "FusePointCloud::LoadInfo: damaged cell at record 0"},
-        {edit("1 0 0 1.5", "-1 0 0 1.5"), "FusePointCloud::LoadInfo: damaged cell at record 1"},
         {edit("0 0 0 2\n1", "0 0 0 2\n0"), "FusePointCloud::LoadInfo: duplicate cell at record 1"},
         {edit("cells 2", "cells 1"), "FusePointCloud::LoadInfo: missing end line"},
-        {good.substr(0, good.size() - 19), "FusePointCloud::LoadInfo: missing end line"},
     };
     FusePointCloud target(3, 3, 3, Vector3(0, 0, 0), Vector3(1, 1, 1), true);
     PointCloud one = Oriented({{0.5, 0.5, 0.5}}, {{0, 0, 1}});

@@ -269,8 +269,6 @@ TEST(SamplePointCloud, EveryFailureLogsItsLinesAndReturnsItsStatus) {
     };
     const Case cases[] = {
         {invalid, uniform + " pointCount < 1 || sampleCount > pointCount \n",
-         [&] { return S::UniformSample(nullptr, 1, ids, 0, low); }},
-        {invalid, uniform + " pointCount < 1 || sampleCount > pointCount \n",
          [&] { return S::UniformSample(&cloud, 101, ids, 0, low); }},
         {invalid, uniform + ": invalid quality parameter: 2\n",
          [&] { return S::UniformSample(&cloud, 5, ids, 0, q2); }},

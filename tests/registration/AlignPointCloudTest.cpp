@@ -88,11 +88,9 @@ TEST(AlignPointCloudTest, BadArgumentsLogTheirLineAndCode) {
         const char* line;
     } cases[] = {
         {nullptr, &good, false, 0.5, kNull},
-        {&good, nullptr, false, 0.5, kNull},
         {&good, &good, true, 0.5, kNull},
         {&good, &two, false, 0.5, "AlignPointCloud invalid pointCloud count"},
         {&bare, &good, false, 0.5, "error: pointCloudRef and pointCloudFrom should have normal"},
-        {&good, &good, false, -0.25, "invalid accuracy: -0.25"},
         {&good, &good, false, 1.5, "invalid accuracy: 1.5"},
         {&good, &good, false, nan, "invalid accuracy: nan"},
         {&nanPoint, &good, false, 0.5,

@@ -228,7 +228,6 @@ TEST(Ann, EveryFailureLogsItsLineAndReturnsItsStatus) {
          [&](Ann& a) { return a.Init(data, 1, 0); }},
         {false, kInitList, RESULT_INVALID_INPUT,
          [&](Ann& a) { return a.Init(&emptyList, nullptr); }},
-        {false, kInitList, RESULT_INVALID_INPUT, [&](Ann& a) { return a.Init(nullptr, nullptr); }},
         {false, "Ann InitWithNormal: pointList == NULL || pointList->GetPointCount() < 1",
          RESULT_INVALID_INPUT, [&](Ann& a) { return a.InitWithNormal(nullptr, 1.0, nullptr); }},
         {false, "Ann Init: Tree init failed", RESULT_NOT_READY,

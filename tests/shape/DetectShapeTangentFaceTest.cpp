@@ -113,7 +113,6 @@ TEST(DetectShapeTangentFace, BadArgumentsAreLoggedResetProgressAndLeaveTheResult
         std::vector<int>* out;
         std::string line;  // the last line; a broken corner is reported by the cache first
     } cases[] = {
-        {nullptr, 0, &result, null},
         {&cube, 0, nullptr, null},
         {&twoVertices, 0, &result, "SelectTangentFace: invalid triMesh, vertexCount=2 faceCount=1"},
         {&noTriangles, 0, &result, "SelectTangentFace: invalid triMesh, vertexCount=3 faceCount=0"},
