@@ -78,7 +78,7 @@ std::vector<int> GridOracle(const std::vector<Vector3>& points, double interval)
     return ids;
 }
 
-// "x y z nx ny nz" lines.
+// The points of \p ids, in that order.
 std::vector<Vector3> Subset(const std::vector<Vector3>& points, const std::vector<int>& ids) {
     std::vector<Vector3> out;
     for (int id : ids) out.push_back(points[id]);
