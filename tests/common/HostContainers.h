@@ -1,7 +1,6 @@
-// A host application's own containers: a point cloud and a triangle mesh kept as
-// separate arrays per component (structure of arrays), which the library can reach only
-// through IPointCloud and ITriMesh. Tests run algorithms on them and on PointCloud and
-// TriMesh to show that no algorithm depends on the library's own containers.
+// A host's own containers: a point cloud and a triangle mesh kept as one array per
+// component, reached only through IPointCloud and ITriMesh, to show that no algorithm
+// depends on the library's PointCloud and TriMesh.
 #pragma once
 
 #include <utility>

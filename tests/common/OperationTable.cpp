@@ -1,7 +1,6 @@
-// The rows of the operation table and the inputs they share. Inputs are small real scans
-// where the operation's parallel path starts small, and seeded clouds or grids just large
-// enough to reach the workers where it starts late (farthest-point sweeps, grid sampling,
-// fusion, mesh sums), so that the thread sanitizer can run every row quickly.
+// The rows of the operation table and their shared inputs: small real scans where the
+// parallel path starts small, seeded clouds or grids just large enough to reach the
+// workers where it starts late, so that the thread sanitizer runs every row quickly.
 #include "tests/common/OperationTable.h"
 
 #include <cstring>

@@ -1,7 +1,5 @@
-// A host that keeps its points and meshes in containers of its own (tests/common
-// HostContainers: separate arrays per component, reached only through IPointCloud and
-// ITriMesh) gets from every algorithm family exactly what the library's PointCloud and
-// TriMesh get: no algorithm relies on the library's own container.
+// A host keeping points and meshes in containers of its own (tests/common/HostContainers)
+// gets from every algorithm family exactly what the library's PointCloud and TriMesh get.
 #include <gtest/gtest.h>
 
 #include <string>

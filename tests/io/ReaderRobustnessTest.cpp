@@ -1,9 +1,6 @@
-// Every reader, mesh and point cloud, on damaged input: all prefixes of a valid file,
-// seeded byte flips, numbers replaced by huge counts, negative counts and NaN, and the
-// inputs the fuzzers found (tests/io/regressions/<reader>-<n>.<ext>). Each run must give
-// a sound result (by the fuzz targets' own checks) or null with its log line, and read
-// nothing outside the bytes: the parsers get exactly sized heap copies, so the sanitizers
-// see any overrun.
+// Every reader on damaged input (prefixes, seeded byte flips, hostile numbers) and on the
+// fuzz findings in tests/io/regressions: a sound result or null with its log line, and no
+// byte read outside the input, which the parsers get as an exactly sized heap copy.
 #include <gtest/gtest.h>
 
 #include <algorithm>
