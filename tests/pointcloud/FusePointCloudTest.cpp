@@ -236,50 +236,47 @@ TEST(FusePointCloud, RefusedCallsLogOneLineAndChangeNothing) {
     FusePointCloud withAttributes(2, 2, 2, lo, hi, false);
     ASSERT_EQ(withAttributes.UpdateFuseFunction(&plain, nullptr, &four), RESULT_OK);
     FusePointCloud noGrid;
+    std::ostringstream sink;
+    const int bad = RESULT_INVALID_INPUT;
     const struct {
         std::function<int()> call;
         int code;
         const char* line;
     } cases[] = {
-        {[&] { return fuse.Init(0, 2, 2, lo, hi, true); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse.Init(0, 2, 2, lo, hi, true); }, bad,
          "FusePointCloud::Init: resolutionX < 1 || resolutionY < 1 || resolutionZ < 1"},
-        {[&] { return fuse.Init(2, 2, 2, lo, Vector3(2, 0, 2), true); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse.Init(2, 2, 2, lo, Vector3(2, 0, 2), true); }, bad,
          "FusePointCloud::Init: bboxMin >= bboxMax"},
-        {[&] { return fuse.Init(2, 2, 2, lo, Vector3(2, NAN, 2), true); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse.Init(2, 2, 2, lo, Vector3(2, NAN, 2), true); }, bad,
          "FusePointCloud::Init: bboxMin >= bboxMax"},
-        {[&] { return fuse.UpdateFuseFunction(nullptr, nullptr, nullptr); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse.UpdateFuseFunction(nullptr, nullptr, nullptr); }, bad,
          "FusePointCloud::UpdateFuseFunction: input pointCloud is NULL"},
-        {[&] { return fuse.UpdateFuseFunction(&plain, nullptr, nullptr); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse.UpdateFuseFunction(&plain, nullptr, nullptr); }, bad,
          "FusePointCloud::UpdateFuseFunction: input pointCloud should have normal information"},
-        {[&] { return fuse._UpdateFuseFunction(nullptr, nullptr, nullptr); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse._UpdateFuseFunction(nullptr, nullptr, nullptr); }, bad,
          "FusePointCloud::UpdateFuseFunction: input pointList is NULL"},
         {[&] { return fuse.UpdateFuseFunction(&empty, nullptr, nullptr); }, RESULT_OK,
          "FusePointCloud::UpdateFuseFunction: input pointCloud pointCount == 0"},
-        {[&] { return fuse.UpdateFuseFunction(&oriented, &emptyMatrix, nullptr); },
-         RESULT_INVALID_INPUT, "FusePointCloud::UpdateFuseFunction: transform is empty"},
-        {[&] { return fuse.UpdateFuseFunction(&oriented, nullptr, &three); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse.UpdateFuseFunction(&oriented, &emptyMatrix, nullptr); }, bad,
+         "FusePointCloud::UpdateFuseFunction: transform is empty"},
+        {[&] { return fuse.UpdateFuseFunction(&oriented, nullptr, &three); }, bad,
          "FusePointCloud::UpdateFuseFunction: attribute count 1 differs from fused 0"},
-        {[&] { return withAttributes.UpdateFuseFunction(&plain, nullptr, nullptr); },
-         RESULT_INVALID_INPUT,
+        {[&] { return withAttributes.UpdateFuseFunction(&plain, nullptr, nullptr); }, bad,
          "FusePointCloud::UpdateFuseFunction: attribute count 0 differs from fused 2"},
-        {[&] { return fuse.UpdateFuseFunction(&nanPoint, nullptr, nullptr); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse.UpdateFuseFunction(&nanPoint, nullptr, nullptr); }, bad,
          "FusePointCloud::UpdateFuseFunction: non-finite coordinate at pointId = 1"},
-        {[&] { return fuse.UpdateFuseFunction(&nanNormal, nullptr, nullptr); },
-         RESULT_INVALID_INPUT,
+        {[&] { return fuse.UpdateFuseFunction(&nanNormal, nullptr, nullptr); }, bad,
          "FusePointCloud::UpdateFuseFunction: non-finite normal at pointId = 1"},
         {[&] { return noGrid.UpdateFuseFunction(&plain, nullptr, nullptr); }, RESULT_STEP_FAIL,
          "FusePointCloud::UpdateFuseFunction: FuseTree is NULL"},
-        {[&] { return fuse.ExtractPointCloud(nullptr, nullptr); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse.ExtractPointCloud(nullptr, nullptr); }, bad,
          "FusePointCloud::ExtractPointCloud: input pointCloud is NULL"},
-        {[&] { return fuse.ExtractPointCloud(&filled, nullptr); }, RESULT_INVALID_INPUT,
+        {[&] { return fuse.ExtractPointCloud(&filled, nullptr); }, bad,
          "FusePointCloud::ExtractPointCloud: input pointCloud is not blank"},
         {[&] { return noGrid.ExtractPointCloud(&empty, nullptr); }, RESULT_STEP_FAIL,
          "FusePointCloud::ExtractPointCloud: FuseTree is NULL"},
-        {[&] {
-             std::ostringstream out;
-             return noGrid.DumpInfo(out);
-         },
-         RESULT_STEP_FAIL, "FusePointCloud::DumpInfo: FuseTree is NULL"},
+        {[&] { return noGrid.DumpInfo(sink); }, RESULT_STEP_FAIL,
+         "FusePointCloud::DumpInfo: FuseTree is NULL"},
     };
     ASSERT_EQ(fuse.UpdateFuseFunction(&oriented, nullptr, nullptr), RESULT_OK);
     const std::string kept = Saved(fuse);
