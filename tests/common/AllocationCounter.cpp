@@ -1,7 +1,6 @@
-// The replaced global operator new and delete behind AllocationScope. Each block gets a
-// 16-byte header (which keeps the alignment malloc gives) holding its size and the scope
-// it was allocated in, so that blocks from before a scope, or from an earlier one, never
-// count against it.
+// The replaced global operator new and delete behind AllocationScope: each block gets a
+// 16-byte header (keeping malloc's alignment) with its size and the scope it came from,
+// so blocks from before a scope, or from an earlier one, never count against it.
 #include "tests/common/AllocationCounter.h"
 
 #include <atomic>

@@ -15,12 +15,6 @@ HostCloud::HostCloud(const std::vector<Vector3>& points, const std::vector<Vecto
     }
 }
 
-void HostCloud::SetPointCoord(int pointId, const Vector3& coord) { mCoords.Set(pointId, coord); }
-
-void HostCloud::SetPointNormal(int pointId, const Vector3& normal) {
-    mNormals.Set(pointId, normal);
-}
-
 void HostCloud::SetHasNormal(bool hasNormal) {
     // Normals switched on start at zero, as the interface promises for new points.
     if (hasNormal && !mHasNormal) {
@@ -36,8 +30,6 @@ int HostCloud::InsertPoint(const Vector3& coord, const Vector3& normal) {
     return GetPointCount() - 1;
 }
 
-int HostCloud::InsertPoint(const Vector3& coord) { return InsertPoint(coord, Vector3()); }
-
 void HostCloud::SwapPoint(int pointId0, int pointId1) {
     mCoords.Swap(pointId0, pointId1);
     mNormals.Swap(pointId0, pointId1);
@@ -46,11 +38,6 @@ void HostCloud::SwapPoint(int pointId0, int pointId1) {
 void HostCloud::PopbackPoints(int count) {
     mCoords.Resize(GetPointCount() - count);
     mNormals.Resize(mCoords.Size());
-}
-
-void HostCloud::Clear() {
-    mCoords = HostVectors();
-    mNormals = HostVectors();
 }
 
 HostMesh::HostMesh(const ZOL::ITriMesh& source) {
@@ -67,12 +54,6 @@ HostMesh::HostMesh(const ZOL::ITriMesh& source) {
     }
 }
 
-void HostMesh::SetVertexCoord(int vertexId, const Vector3& coord) { mCoords.Set(vertexId, coord); }
-
-void HostMesh::SetVertexNormal(int vertexId, const Vector3& normal) {
-    mNormals.Set(vertexId, normal);
-}
-
 void HostMesh::GetTriangleVertexIds(int triangleId, int vertexIds[3]) const {
     for (int c = 0; c < 3; ++c) vertexIds[c] = mCorners[c][triangleId];
 }
@@ -81,10 +62,6 @@ void HostMesh::SetTriangleVertexIds(int triangleId, int vertexId0, int vertexId1
     mCorners[0][triangleId] = vertexId0;
     mCorners[1][triangleId] = vertexId1;
     mCorners[2][triangleId] = vertexId2;
-}
-
-void HostMesh::SetTriangleNormal(int triangleId, const Vector3& normal) {
-    mTriangleNormals.Set(triangleId, normal);
 }
 
 int HostMesh::InsertTriangle(int vertexId0, int vertexId1, int vertexId2) {
@@ -138,7 +115,5 @@ void HostMesh::UpdateNormal() {
         mNormals.Set(v, sums[v]);
     }
 }
-
-void HostMesh::Clear() { *this = HostMesh(); }
 
 }  // namespace zoltest

@@ -1,7 +1,6 @@
-// A host application's own containers: a point cloud and a triangle mesh kept as
-// separate arrays per component (structure of arrays), which the library can reach only
-// through IPointCloud and ITriMesh. Tests run algorithms on them and on PointCloud and
-// TriMesh to show that no algorithm depends on the library's own containers.
+// A host's own containers: a point cloud and a triangle mesh kept as one array per
+// component, reached only through IPointCloud and ITriMesh, to show that no algorithm
+// depends on the library's PointCloud and TriMesh.
 #pragma once
 
 #include <utility>
@@ -42,16 +41,16 @@ public:
 
     int GetPointCount() const override { return mCoords.Size(); }
     ZOL::Vector3 GetPointCoord(int pointId) override { return mCoords.Get(pointId); }
-    void SetPointCoord(int pointId, const ZOL::Vector3& coord) override;
+    void SetPointCoord(int i, const ZOL::Vector3& p) override { mCoords.Set(i, p); }
     ZOL::Vector3 GetPointNormal(int pointId) override { return mNormals.Get(pointId); }
-    void SetPointNormal(int pointId, const ZOL::Vector3& normal) override;
+    void SetPointNormal(int pointId, const ZOL::Vector3& n) override { mNormals.Set(pointId, n); }
     bool HasNormal() const override { return mHasNormal; }
     void SetHasNormal(bool hasNormal) override;
     int InsertPoint(const ZOL::Vector3& coord, const ZOL::Vector3& normal) override;
-    int InsertPoint(const ZOL::Vector3& coord) override;
+    int InsertPoint(const ZOL::Vector3& coord) override { return InsertPoint(coord, {}); }
     void SwapPoint(int pointId0, int pointId1) override;
     void PopbackPoints(int count) override;
-    void Clear() override;
+    void Clear() override { mCoords = mNormals = HostVectors(); }
 
 private:
     HostVectors mCoords;
@@ -69,15 +68,13 @@ public:
     int GetVertexCount() const override { return mCoords.Size(); }
     int GetTriangleCount() const override { return static_cast<int>(mCorners[0].size()); }
     ZOL::Vector3 GetVertexCoord(int vertexId) override { return mCoords.Get(vertexId); }
-    void SetVertexCoord(int vertexId, const ZOL::Vector3& coord) override;
+    void SetVertexCoord(int i, const ZOL::Vector3& p) override { mCoords.Set(i, p); }
     ZOL::Vector3 GetVertexNormal(int vertexId) override { return mNormals.Get(vertexId); }
-    void SetVertexNormal(int vertexId, const ZOL::Vector3& normal) override;
+    void SetVertexNormal(int i, const ZOL::Vector3& n) override { mNormals.Set(i, n); }
     void GetTriangleVertexIds(int triangleId, int vertexIds[3]) const override;
     void SetTriangleVertexIds(int triangleId, int vertexId0, int vertexId1, int vertexId2) override;
-    ZOL::Vector3 GetTriangleNormal(int triangleId) override {
-        return mTriangleNormals.Get(triangleId);
-    }
-    void SetTriangleNormal(int triangleId, const ZOL::Vector3& normal) override;
+    ZOL::Vector3 GetTriangleNormal(int i) override { return mTriangleNormals.Get(i); }
+    void SetTriangleNormal(int i, const ZOL::Vector3& n) override { mTriangleNormals.Set(i, n); }
     int InsertTriangle(int vertexId0, int vertexId1, int vertexId2) override;
     int InsertVertex(const ZOL::Vector3& coord) override;
     void SwapVertex(int vertexId0, int vertexId1) override;
@@ -86,7 +83,7 @@ public:
     void PopbackTriangles(int count) override;
     /// Area-weighted vertex normals and unit triangle normals.
     void UpdateNormal() override;
-    void Clear() override;
+    void Clear() override { *this = HostMesh(); }
 
 private:
     HostVectors mCoords;

@@ -1,7 +1,6 @@
-// The rows of the operation table and the inputs they share. Inputs are small real scans
-// where the operation's parallel path starts small, and seeded clouds or grids just large
-// enough to reach the workers where it starts late (farthest-point sweeps, grid sampling,
-// fusion, mesh sums), so that the thread sanitizer can run every row quickly.
+// The rows of the operation table and their shared inputs: small real scans where the
+// parallel path starts small, seeded clouds or grids just large enough to reach the
+// workers where it starts late, so that the thread sanitizer runs every row quickly.
 #include "tests/common/OperationTable.h"
 
 #include <cstring>
@@ -63,20 +62,19 @@ struct Points {
     std::vector<Vector3> points, normals;
 };
 
-/// Every eighth point of the first bunny scan: 5032 points, no normals.
-const std::vector<Vector3>& Scan() {
-    static const std::vector<Vector3> scan = [] {
-        const std::vector<Vector3> all = LoadPlyVertices(DataPath("bunny/bun000.ply"));
-        std::vector<Vector3> every8;
-        for (size_t i = 0; i < all.size(); i += 8) every8.push_back(all[i]);
-        return every8;
-    }();
-    return scan;
-}
-
 /// The whole first bunny scan: 40256 points, enough for fusion on the workers.
 const std::vector<Vector3>& FullScan() {
     static const std::vector<Vector3> scan = LoadPlyVertices(DataPath("bunny/bun000.ply"));
+    return scan;
+}
+
+/// Every eighth point of the first bunny scan: 5032 points, no normals.
+const std::vector<Vector3>& Scan() {
+    static const std::vector<Vector3> scan = [] {
+        std::vector<Vector3> every8;
+        for (size_t i = 0; i < FullScan().size(); i += 8) every8.push_back(FullScan()[i]);
+        return every8;
+    }();
     return scan;
 }
 

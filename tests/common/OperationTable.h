@@ -1,7 +1,6 @@
-// The library's operations as rows of one table, each run on containers that the caller
-// chooses and reduced to its raw results, so that one table serves two checks: results
-// do not change with the thread count, and on a host's own containers they are those on
-// the library's PointCloud and TriMesh.
+// The library's operations as rows of one table, run on containers the caller chooses and
+// reduced to raw results: results must not change with the thread count, and on a host's
+// own containers must equal those on PointCloud and TriMesh.
 #pragma once
 
 #include <memory>

@@ -1,30 +1,18 @@
-// A host that keeps its points and meshes in containers of its own (tests/common
-// HostContainers: separate arrays per component, reached only through IPointCloud and
-// ITriMesh) gets from every algorithm family exactly what the library's PointCloud and
-// TriMesh get: no algorithm relies on the library's own container.
+// A host keeping points and meshes in containers of its own (tests/common/HostContainers)
+// gets from every algorithm family exactly what the library's PointCloud and TriMesh get.
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include <zol/pointcloud/ConsolidatePointCloud.h>
 #include <zol/runtime/Constants.h>
 
-#include "tests/common/HostContainers.h"
 #include "tests/common/OperationTable.h"
-#include "tests/common/PointData.h"
 
 namespace {
 
 using zoltest::Operation;
 using zoltest::Outcome;
-
-TEST(HostContainer, HostCloudTakesNormalsFromTheLibrary) {
-    zoltest::HostCloud cloud(zoltest::RandomPoints(200, 3));
-    ASSERT_EQ(ZOL::ConsolidatePointCloud::CalculatePointCloudNormal(&cloud, 8), ZOL::RESULT_OK);
-    EXPECT_TRUE(cloud.HasNormal());
-    EXPECT_NEAR(cloud.GetPointNormal(0).Length(), 1.0, 1e-12);
-}
 
 std::vector<std::string> Families() {
     std::vector<std::string> families;

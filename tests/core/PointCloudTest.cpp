@@ -106,11 +106,13 @@ TEST(PointCloud, InvalidateMovesTheLastPointIntoTheHole) {
     ExpectMapsConsistent(cloud);
 }
 
-TEST(PointCloud, SwapAndPopbackKeepTheMapsConsistent) {
-    PointCloud cloud;
+TEST(PointCloud, SwapAndPopbackKeepTheMapsConsistentAndCopiesAreDeep) {
+    PointCloud cloud(true, false, false);
     cloud.InitGrid(5, 4);
     for (int c = 0; c < 20; c += 2) cloud.SetGridCoord(c % 5, c / 5, Vector3(c, 0, 0));
     cloud.InsertPoint(Vector3(-1, 0, 0));  // a point without a cell
+    PointCloud copy(cloud), assigned;
+    assigned = cloud;
     for (const auto& [a, b] :
          std::vector<std::pair<int, int>>{{0, 9}, {3, 10}, {10, 4}, {7, 7}, {1, 8}}) {
         cloud.SwapPoint(a, b);
@@ -125,27 +127,18 @@ TEST(PointCloud, SwapAndPopbackKeepTheMapsConsistent) {
     EXPECT_EQ(cloud.GetPointCount(), 7);
     EXPECT_EQ(cloud.GetValidGridCount(), 7);
     ExpectMapsConsistent(cloud);
-    cloud.PopbackPoints(100);  // clamped
-    EXPECT_EQ(cloud.GetPointCount(), 0);
-    ExpectMapsConsistent(cloud);
-}
-
-TEST(PointCloud, CopyIsDeepAndClearKeepsTheGrid) {
-    PointCloud cloud(true, false, false);
-    cloud.InitGrid(2, 2);
-    cloud.SetGridCoord(1, 1, Vector3(1, 2, 3));
-    PointCloud copy(cloud), assigned;
-    assigned = cloud;
-    cloud.SetGridCoord(1, 1, Vector3(7, 7, 7));
+    // Clear empties the cells but keeps the grid's size; popping more is clamped.
     cloud.Clear();
+    cloud.PopbackPoints(100);
+    EXPECT_EQ(cloud.GetPointCount() + cloud.GetValidGridCount(), 0);
+    EXPECT_TRUE(cloud.HasGridTopology());
+    ExpectMapsConsistent(cloud);
     for (PointCloud* c : {&copy, &assigned}) {
-        EXPECT_EQ(c->GetPointCount(), 1);
-        EXPECT_EQ(c->GetGridCoord(1, 1), Vector3(1, 2, 3));
+        EXPECT_EQ(c->GetPointCount(), 11);
+        EXPECT_EQ(c->GetPointCoord(0).x, 0);
+        EXPECT_EQ(c->GetGridCoord(3, 3).x, 18);
         EXPECT_TRUE(c->HasNormal());
     }
-    EXPECT_EQ(cloud.GetPointCount(), 0);
-    EXPECT_FALSE(cloud.IsGridValid(1, 1));
-    EXPECT_TRUE(cloud.HasGridTopology());
     cloud.ClearGridTopologyInfo();
     EXPECT_FALSE(cloud.HasGridTopology());
     EXPECT_EQ(cloud.GetWidth(), 0);

@@ -27,31 +27,7 @@ public:
 
 }  // namespace
 
-TEST(PointList, ListsReadThroughToTheirSourceAndSampledListsMapTheirIndices) {
-    PointCloud cloud(true, false, false);
-    cloud.InsertPoint(Vector3(1, 2, 3), Vector3(0, 1, 0));
-    PointCloudPointList list(&cloud);
-    cloud.SetPointCoord(0, Vector3(4, 4, 4));
-    EXPECT_EQ(list.GetPointCount(), 1);
-    EXPECT_EQ(list.GetPointCoord(0), Vector3(4, 4, 4));
-    EXPECT_EQ(list.GetPointNormal(0), Vector3(0, 1, 0));
-
-    TriMesh mesh;
-    for (int i = 0; i < 5; ++i) mesh.InsertVertex(Vector3(i, -i, 0));
-    mesh.SetVertexNormal(3, Vector3(1, 0, 0));
-    TriMeshPointList meshList(&mesh);
-    SampledPointList sampled(&meshList, {3, 0, 3});
-    EXPECT_EQ(sampled.GetPointCount(), 3);
-    EXPECT_EQ(sampled.GetPointCoord(0), Vector3(3, -3, 0));
-    EXPECT_EQ(sampled.GetPointCoord(1), Vector3(0, 0, 0));
-    EXPECT_EQ(sampled.GetPointNormal(2), Vector3(1, 0, 0));
-    EXPECT_EQ(TriMeshPointList(nullptr).GetPointCount() +
-                  PointCloudPointList(nullptr).GetPointCount() +
-                  SampledPointList(nullptr, {1, 2}).GetPointCount(),
-              0);
-}
-
-TEST(PointList, FlatCopiesAgreeWithPerPointReadsOnEverySource) {
+TEST(PointList, ListsReadThroughToTheirSourceAndFlatCopiesAgreeWithPerPointReads) {
     PointCloud cloud(true, false, false);
     zoltest::HostCloud host;
     host.SetHasNormal(true);
@@ -74,6 +50,13 @@ TEST(PointList, FlatCopiesAgreeWithPerPointReadsOnEverySource) {
     SampledPointList sampledCloud(&cloudList, {6, 1, 1, 0});
     SampledPointList sampledHost(&hostList, {6, 1, 1, 0});
     SampledPointList sampledShifted(&shiftedList, {5, 2});
+    // Lists read their source when asked, and sampled lists map positions to indices.
+    cloud.SetPointCoord(6, Vector3(4, 4, 4));
+    EXPECT_EQ(sampledCloud.GetPointCoord(0), Vector3(4, 4, 4));
+    EXPECT_EQ(sampledShifted.GetPointNormal(1), Vector3(0, -2, 0));
+    EXPECT_EQ(sampledHost.GetPointCount(), 4);
+    stored.SetVertexNormal(3, Vector3(1, 0, 0));
+    EXPECT_EQ(storedList.GetPointNormal(3), Vector3(1, 0, 0));
     for (IPointList* list :
          std::vector<IPointList*>{&cloudList, &hostList, &shiftedList, &meshList, &storedList,
                                   &sampledCloud, &sampledHost, &sampledShifted}) {
@@ -92,4 +75,8 @@ TEST(PointList, FlatCopiesAgreeWithPerPointReadsOnEverySource) {
     std::vector<double> xyz{1.0};
     CopyPointListCoords(nullptr, &xyz);
     EXPECT_TRUE(xyz.empty());
+    EXPECT_EQ(TriMeshPointList(nullptr).GetPointCount() +
+                  PointCloudPointList(nullptr).GetPointCount() +
+                  SampledPointList(nullptr, {1, 2}).GetPointCount(),
+              0);
 }

@@ -29,34 +29,47 @@ TEST(SubTriMesh, ViewsTheChosenTrianglesWithTheirVertices) {
     EXPECT_EQ(view.GetTriangleNormal(1), Vector3(1, 0, 0));
 }
 
-TEST(SubTriMesh, BothConstructorsAndBothSelectionsAgree) {
-    TriMesh cube = zoltest::MakeUnitCube();
+TEST(SubTriMesh, BothConstructorsBothSelectionsAndCopiesAgree) {
+    TriMesh cube = zoltest::MakeUnitCube(), broken = zoltest::MakeUnitCube();
+    broken.SetTriangleVertexIds(1, 0, 99, 3);  // triangles naming missing vertices stay out
+    broken.SetTriangleVertexIds(2, -5, 1, 5);
     const struct {
+        TriMesh* mesh;
         BuildSubTriMeshType type;
         Ids ids, vertices, triangles;
     } cases[] = {
-        {BUILD_SUBTRIMESH_BY_TRIANGLE, {4, 5, 4, -1, 99}, {0, 1, 4, 5}, {4, 5}},
-        {BUILD_SUBTRIMESH_BY_TRIANGLE, {}, {}, {}},
+        {&cube, BUILD_SUBTRIMESH_BY_TRIANGLE, {4, 5, 4, -1, 99}, {0, 1, 4, 5}, {4, 5}},
+        {&cube, BUILD_SUBTRIMESH_BY_TRIANGLE, {}, {}, {}},
         // The z = 0 face; vertex 7 adds no triangle: each of its triangles lacks a corner.
-        {BUILD_SUBTRIMESH_BY_VERTEX, {3, 2, 1, 0, 7}, {0, 1, 2, 3, 7}, {0, 1}},
-        {BUILD_SUBTRIMESH_BY_VERTEX, {0, 1, 2, 3, 4}, {0, 1, 2, 3, 4}, {0, 1, 4, 8}},
-        {BUILD_SUBTRIMESH_BY_VERTEX,
+        {&cube, BUILD_SUBTRIMESH_BY_VERTEX, {3, 2, 1, 0, 7}, {0, 1, 2, 3, 7}, {0, 1}},
+        {&cube, BUILD_SUBTRIMESH_BY_VERTEX, {0, 1, 2, 3, 4}, {0, 1, 2, 3, 4}, {0, 1, 4, 8}},
+        {&cube,
+         BUILD_SUBTRIMESH_BY_VERTEX,
          {0, 1, 2, 3, 4, 5, 6, 7},
          {0, 1, 2, 3, 4, 5, 6, 7},
          {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}},
+        {&broken, BUILD_SUBTRIMESH_BY_TRIANGLE, {0, 1, 2}, {0, 1, 2}, {0}},
+        // The z = 0 face's triangle 1 is broken; the others lie on x = 0, x = 1 and y = 0.
+        {&broken,
+         BUILD_SUBTRIMESH_BY_VERTEX,
+         {0, 1, 2, 3, 4, 5},
+         {0, 1, 2, 3, 4, 5},
+         {0, 4, 5, 8, 10}},
     };
     for (const auto& c : cases) {
         std::vector<bool> flags(c.type == BUILD_SUBTRIMESH_BY_TRIANGLE ? 12 : 8, false);
         for (int id : c.ids) {
             if (id >= 0 && id < int(flags.size())) flags[id] = true;
         }
-        SubTriMesh byIds(&cube, c.ids, c.type), byFlags(&cube, flags, c.type);
-        for (const SubTriMesh* view : {&byIds, &byFlags}) {
+        SubTriMesh byIds(c.mesh, c.ids, c.type), byFlags(c.mesh, flags, c.type);
+        SubTriMesh copy(byIds);
+        EXPECT_EQ(copy.GetParentMesh(), c.mesh);
+        for (const SubTriMesh* view : {&byIds, &byFlags, &copy}) {
             EXPECT_EQ(view->GetParentVertexIds(), c.vertices);
             EXPECT_EQ(view->GetParentTriangleIds(), c.triangles);
             for (int t = 0; t < view->GetTriangleCount(); ++t) {
                 const Ids corners = Corners(*view, t);
-                const Ids parent = Corners(cube, view->GetParentTriangleId(t));
+                const Ids parent = Corners(*c.mesh, view->GetParentTriangleId(t));
                 for (int k = 0; k < 3; ++k)
                     EXPECT_EQ(view->GetParentVertexId(corners[k]), parent[k]);
             }
@@ -148,19 +161,4 @@ TEST(SubTriMesh, TriangleListsForwardEveryRead) {
         }
     }
     EXPECT_EQ(part.GetVertexCount(), 4);  // parent 1, 3, 5, 7
-}
-
-TEST(SubTriMesh, TrianglesNamingMissingVerticesStayOutOfTheView) {
-    TriMesh cube = zoltest::MakeUnitCube();
-    cube.SetTriangleVertexIds(1, 0, 99, 3);
-    cube.SetTriangleVertexIds(2, -5, 1, 5);
-    SubTriMesh byTriangles(&cube, Ids{0, 1, 2}, BUILD_SUBTRIMESH_BY_TRIANGLE);
-    EXPECT_EQ(byTriangles.GetParentTriangleIds(), Ids{0});
-    EXPECT_EQ(byTriangles.GetParentVertexIds(), (Ids{0, 1, 2}));
-    SubTriMesh byVertices(&cube, Ids{0, 1, 2, 3, 4, 5}, BUILD_SUBTRIMESH_BY_VERTEX);
-    // Triangle 1 (of the z = 0 face) is broken; the others lie on the faces x = 0, x = 1, y = 0.
-    EXPECT_EQ(byVertices.GetParentTriangleIds(), (Ids{0, 4, 5, 8, 10}));
-    const SubTriMesh copy(byVertices);  // a copied view reads the same parent the same way
-    EXPECT_EQ(Corners(copy, 1), Corners(byVertices, 1));
-    EXPECT_EQ(copy.GetParentMesh(), &cube);
 }

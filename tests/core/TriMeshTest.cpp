@@ -18,118 +18,75 @@ using zoltest::Corners;
 using Ids = std::vector<int>;
 
 TEST(TriMesh, BuildsATriangleAndComputesItsNormal) {
-    TriMesh mesh;
-    mesh.InsertVertex(Vector3(0, 0, 0));
-    mesh.InsertVertex(Vector3(2, 0, 0));
-    EXPECT_EQ(mesh.InsertVertex(Vector3(0, 2, 0)), 2);
-    EXPECT_EQ(mesh.InsertTriangle(0, 1, 2), 0);
+    TriMesh mesh = zoltest::MakeMesh({{0, 0, 0}, {2, 0, 0}, {0, 2, 0}}, {{0, 1, 2}});
     EXPECT_EQ(mesh.GetTriangleNormal(0), Vector3());
     mesh.UpdateNormal();
     EXPECT_EQ(mesh.GetTriangleNormal(0), Vector3(0, 0, 1));
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(mesh.GetVertexNormal(i), Vector3(0, 0, 1));
+    EXPECT_EQ(mesh.GetVertexNormal(2), Vector3(0, 0, 1));
     EXPECT_EQ(mesh.GetDefaultColor(), Vector3(0.86, 0.86, 0.86));
     EXPECT_EQ(mesh.GetMeshType(), MESH_TYPE_UNKNOWN);
 }
 
-TEST(TriMesh, AttributeArraysGrowInStepWithBlackForNewVertices) {
-    TriMesh mesh(true, true, true);
-    EXPECT_FALSE(mesh.HasTriangleColor());
-    mesh.InsertVertex(Vector3(1, 1, 1));
-    mesh.SetVertexColor(0, Vector3(1, 0.5, 0.25));
-    mesh.InsertVertex(Vector3(2, 2, 2), Vector3(0, 1, 0));
-    EXPECT_EQ(mesh.GetVertexNormal(1), Vector3(0, 1, 0));
-    EXPECT_EQ(mesh.GetVertexColor(1), Vector3());
-    EXPECT_EQ(mesh.GetVertexTexcoord(1), Vector3());
-    mesh.InsertTriangle(0, 1, 1);
-    mesh.SetTriangleTexcoord(0, 2, Vector3(0.5, 0.75, 0));
-    EXPECT_EQ(mesh.GetTriangleTexcoord(0, 2), Vector3(0.5, 0.75, 0));
-    // Switching triangle colour on later fills three zero entries per existing triangle.
-    mesh.SetHasTriangleColor(true);
-    mesh.SetTriangleColor(0, 1, Vector3(0, 1, 0));
-    EXPECT_EQ(mesh.InsertTriangle(1, 0, 0), 1);
-    EXPECT_EQ(mesh.GetTriangleColor(0, 0), Vector3());
-    EXPECT_EQ(mesh.GetTriangleColor(0, 1), Vector3(0, 1, 0));
-    EXPECT_EQ(mesh.GetTriangleColor(1, 1), Vector3());
-    // Switching off keeps the values; vertices added meanwhile get zero entries on return.
-    mesh.SetHasVertexColor(false);
-    mesh.InsertVertex(Vector3(3, 3, 3));
-    mesh.SetHasVertexColor(true);
-    EXPECT_EQ(mesh.GetVertexColor(0), Vector3(1, 0.5, 0.25));
-    EXPECT_EQ(mesh.GetVertexColor(2), Vector3());
-    // Clear keeps the flags; rebuilt vertices start black.
-    mesh.Clear();
-    EXPECT_EQ(mesh.GetVertexCount(), 0);
-    EXPECT_TRUE(mesh.HasVertexColor());
-    mesh.InsertVertex(Vector3(4, 5, 6));
-    EXPECT_EQ(mesh.GetVertexColor(0), Vector3());
-}
-
-TEST(TriMesh, SwapAndPopMoveRecordsWithTheirAttributes) {
+TEST(TriMesh, RecordsMoveWithTheirAttributesAndCopiesAreDeep) {
     TriMesh mesh = zoltest::MakeUnitCube();
     mesh.SetHasVertexColor(true);
-    mesh.SetHasTriangleColor(true);
+    mesh.SetHasTriangleColor(true);  // switched on late: three zero entries per triangle
+    EXPECT_EQ(mesh.GetTriangleColor(11, 2), Vector3());
     for (int i = 0; i < 8; ++i) mesh.SetVertexColor(i, Vector3(i / 10.0, 0, 0));
-    for (int t = 0; t < 12; ++t) {
-        for (int k = 0; k < 3; ++k) mesh.SetTriangleColor(t, k, Vector3(t, k, 0));
-    }
+    for (int t = 0; t < 12; ++t) mesh.SetTriangleColor(t, 2, Vector3(t, 0, 0));
+    mesh.SetDefaultColor(Vector3(1, 0, 0));
+    mesh.SetMeshType(MESH_TYPE_SCAN);
     const Vector3 normal7 = mesh.GetVertexNormal(7);
+    TriMesh copy(mesh), assigned = zoltest::MakeSphere(8, 4, 1.0), moved(mesh);
+    assigned = mesh;
+    TriMesh target = zoltest::MakeSphere(6, 3, 1.0);
+    target = std::move(moved);
+    moved.Clear();  // the moved-from mesh stays usable
+    EXPECT_EQ(moved.InsertVertex(Vector3(1, 2, 3)), 0);
+    assigned = assigned;  // self-assignment keeps the data
+    // Swaps move every attribute with the record; corners are not renumbered.
     mesh.SwapVertex(0, 7);
     mesh.SwapVertex(3, 3);
-    mesh.SwapTriangles(5, 5);
+    mesh.SwapTriangles(0, 11);
     mesh.PopbackVertices(-4);
     EXPECT_EQ(mesh.GetVertexCoord(0), Vector3(1, 1, 1));
     EXPECT_EQ(mesh.GetVertexNormal(0), normal7);
     EXPECT_EQ(mesh.GetVertexColor(0), Vector3(0.7, 0, 0));
-    EXPECT_EQ(mesh.GetVertexColor(7), Vector3(0, 0, 0));
     EXPECT_EQ(mesh.GetVertexColor(3), Vector3(0.3, 0, 0));
-    EXPECT_EQ(Corners(mesh, 0), (Ids{0, 2, 1}));  // corners are not renumbered
-    mesh.SwapTriangles(0, 11);
     EXPECT_EQ(Corners(mesh, 0), (Ids{3, 7, 5}));
-    EXPECT_EQ(mesh.GetTriangleColor(0, 2), Vector3(11, 2, 0));
-    EXPECT_EQ(mesh.GetTriangleColor(11, 1), Vector3(0, 1, 0));
-    // Re-inserted elements get fresh (black) attributes, not the popped ones.
+    EXPECT_EQ(Corners(mesh, 11), (Ids{0, 2, 1}));
+    EXPECT_EQ(mesh.GetTriangleColor(0, 2), Vector3(11, 0, 0));
+    // Re-inserted records get fresh (black) attributes, not the popped ones.
     mesh.PopbackVertices(2);
     mesh.PopbackTriangles(3);
     EXPECT_EQ(mesh.InsertVertex(Vector3(5, 5, 5)), 6);
     EXPECT_EQ(mesh.GetVertexColor(6), Vector3());
     EXPECT_EQ(mesh.GetVertexNormal(6), Vector3());
     EXPECT_EQ(mesh.InsertTriangle(0, 1, 2), 9);
-    EXPECT_EQ(mesh.GetTriangleColor(9, 0), Vector3());
+    EXPECT_EQ(mesh.GetTriangleColor(9, 2), Vector3());
     EXPECT_EQ(mesh.GetTriangleNormal(9), Vector3());
-    // Popping more than there is empties the mesh, which stays usable.
+    // Switched off, colours are kept; vertices added meanwhile get zero entries on return.
+    mesh.SetHasVertexColor(false);
+    mesh.InsertVertex(Vector3(3, 3, 3));
+    mesh.SetHasVertexColor(true);
+    EXPECT_EQ(mesh.GetVertexColor(1), Vector3(0.1, 0, 0));
+    EXPECT_EQ(mesh.GetVertexColor(7), Vector3());
+    // Popping more than there is empties the mesh; Clear keeps the flags.
     mesh.PopbackTriangles(100);
     mesh.PopbackVertices(100);
     EXPECT_EQ(mesh.GetTriangleCount(), 0);
+    mesh.Clear();
+    EXPECT_TRUE(mesh.HasVertexColor());
     EXPECT_EQ(mesh.InsertVertex(Vector3(1, 0, 0)), 0);
-}
-
-TEST(TriMesh, CopiesAreDeepAndCarryFlagsColourAndType) {
-    TriMesh original = zoltest::MakeUnitCube();
-    original.SetHasVertexColor(true);
-    original.SetVertexColor(3, Vector3(0.1, 0.2, 0.3));
-    original.SetDefaultColor(Vector3(1, 0, 0));
-    original.SetMeshType(MESH_TYPE_SCAN);
-    TriMesh copy(original), assigned = zoltest::MakeSphere(8, 4, 1.0), moveSource(original);
-    assigned = original;
-    TriMesh moved = zoltest::MakeSphere(6, 3, 1.0);
-    moved = std::move(moveSource);
-    for (TriMesh* mesh : {&copy, &assigned, &moved}) {
-        EXPECT_EQ(mesh->GetVertexCount(), 8);
-        EXPECT_EQ(mesh->GetVertexColor(3), Vector3(0.1, 0.2, 0.3));
-        EXPECT_EQ(mesh->GetDefaultColor(), Vector3(1, 0, 0));
-        EXPECT_EQ(mesh->GetMeshType(), MESH_TYPE_SCAN);
-        for (int t = 0; t < 12; ++t) EXPECT_EQ(Corners(*mesh, t), Corners(original, t));
-        mesh->SetVertexCoord(0, Vector3(9, 9, 9));
-        mesh->SetTriangleVertexIds(0, 7, 7, 7);
-        mesh->SetVertexColor(3, Vector3(1, 1, 1));
-        mesh->Clear();
+    // The copies kept everything.
+    for (TriMesh* c : {&copy, &assigned, &target}) {
+        EXPECT_EQ(c->GetVertexCoord(0), Vector3());
+        EXPECT_EQ(c->GetVertexColor(7), Vector3(0.7, 0, 0));
+        EXPECT_EQ(c->GetTriangleColor(11, 2), Vector3(11, 0, 0));
+        EXPECT_EQ(Corners(*c, 0), (Ids{0, 2, 1}));
+        EXPECT_EQ(c->GetDefaultColor(), Vector3(1, 0, 0));
+        EXPECT_EQ(c->GetMeshType(), MESH_TYPE_SCAN);
     }
-    original = original;  // self-assignment keeps the data
-    EXPECT_EQ(original.GetVertexCoord(0), Vector3(0, 0, 0));
-    EXPECT_EQ(Corners(original, 0), (Ids{0, 2, 1}));
-    EXPECT_EQ(original.GetVertexColor(3), Vector3(0.1, 0.2, 0.3));
-    moveSource.Clear();  // the moved-from mesh stays usable
-    EXPECT_EQ(moveSource.InsertVertex(Vector3(1, 2, 3)), 0);
 }
 
 TEST(TriMesh, UpdateNormalGivesOutwardNormalsOnClosedShapes) {

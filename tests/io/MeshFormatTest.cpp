@@ -40,13 +40,6 @@ float FloatAt(const std::string& bytes, std::size_t offset) {
 
 }  // namespace
 
-TEST(MeshFormat, ExportWritesTheFormatOfTheExtension) {
-    TriMesh cube = zoltest::MakeUnitCube();
-    const std::string name = zoltest::ScratchPath("cube.obj");
-    EXPECT_EQ(Parser::ExportTriMesh(name, &cube), RESULT_OK);
-    EXPECT_EQ(zoltest::ReadLines(name).size(), 20u);
-}
-
 TEST(MeshFormat, TextFormatsAreExactAndOnlyTriMeshColoursAreWritten) {
     const std::string plyHead =
         "ply\nformat ascii 1.0 \nelement vertex 3\nproperty float x\nproperty float y\n"

@@ -18,13 +18,6 @@ using namespace ZOL;
 using zoltest::DataPath;
 using zoltest::ImportMesh;
 
-TEST(Parser, ImportsAMeshByItsExtension) {
-    std::unique_ptr<TriMesh> mesh(Parser::ImportTriMesh(DataPath("formats/off/2triangles.off")));
-    ASSERT_NE(mesh, nullptr);
-    EXPECT_EQ(mesh->GetVertexCount(), 4);
-    EXPECT_EQ(mesh->GetTriangleCount(), 2);
-}
-
 TEST(Parser, RealFilesLoadWithTheirKnownCountsAndValues) {
     const struct {
         const char* file;
@@ -124,8 +117,6 @@ TEST(Parser, MalformedFilesGiveNullAndOneLine) {
     std::string claimsTwo(84 + 50, '\0');
     claimsTwo[80] = 2;  // two facets claimed, one present
     claimsTwo[100] = static_cast<char>(0x80);
-    const std::string claimsMax =
-        std::string(80, 'x') + std::string("\xff\xff\xff\x7f", 4) + std::string(128, '\x80');
     const struct {
         const char* name;
         std::string content;
@@ -141,15 +132,9 @@ TEST(Parser, MalformedFilesGiveNullAndOneLine) {
          "ImportMeshByOFF: invalid vertex index: 3"},
         {"short.off", "OFF\n3 1 0\n0 0 0\n1 0 0\n",
          "ImportMeshByOFF: unexpected end of file in vertex 2"},
-        {"huge.off", "OFF\n2000000000 2000000000 0\n0 0 0\n",
-         "ImportMeshByOFF: vertex count 2000000000 exceeds the file size"},
-        {"huge.ply",
-         "ply\nformat ascii 1.0\nelement vertex 2000000000\nelement face 2000000000\nend_header\n",
-         "ImportMeshByPLY: element vertex count 2000000000 exceeds the file size"},
         {"huge.zpt", "1 2000000000 2000000000 2000000000\n",
          "ImportMeshByZPT: vertex count 2000000000 exceeds the file size"},
         {"claims_two.stl", claimsTwo, "ImportMeshBySTL:: invalid faceCount: 2"},
-        {"claims_max.stl", claimsMax, "ImportMeshBySTL:: invalid faceCount: 2147483647"},
         {"nocounts.off", "OFF\n", "ImportMeshByOFF: missing vertex and face counts"},
         {"negative.off", "OFF\n-3 1 0\n", "ImportMeshByOFF: invalid counts: -3 1"},
         {"bad.ply",

@@ -65,15 +65,6 @@ void ExpectSameCloud(PointCloud& a, PointCloud& b, double colorTol = 0.0) {
 }
 }  // namespace
 
-TEST(PointCloudIo, WriteAndReadBackABinaryCloud) {
-    PointCloud cloud = MakeCloud(100, true, false);
-    const std::string path = zoltest::ScratchPath("cloud.zbp");
-    ASSERT_EQ(Parser::ExportPointCloud(path, &cloud), RESULT_OK);
-    CloudPtr back(Parser::ImportPointCloud(path));
-    ASSERT_NE(back, nullptr);
-    ExpectSameCloud(cloud, *back);
-}
-
 TEST(PointCloudIo, EveryFormatRoundTripsValuesAndBytes) {
     struct Case {
         const char* extension;
@@ -255,8 +246,6 @@ TEST(PointCloudIo, MalformedFilesFailWithOneLogLine) {
     std::string zbg("ZBGC\1\0\0\0\0\0\0\0", 12);
     const std::string zbgCellMap =  // 8192 x 8192 needs its cell map, a 32-byte file cannot
         zbg + std::string("\0\x20\0\0\0\x20\0\0", 8) + std::string(12, '\0');
-    const std::string zbgHugeGrid =
-        zbg + std::string("\xff\xff\0\0\xff\xff\0\0\0\0\0\0", 12) + std::string(8, '\0');
     const std::string zbgTwoPoints =
         zbg + std::string("\2\0\0\0\2\0\0\0\0\0\0\0", 12) + std::string("\2\0\0\0\0\0\0\0", 8);
     const std::string zbgDuplicate =
@@ -279,12 +268,9 @@ TEST(PointCloudIo, MalformedFilesFailWithOneLogLine) {
         {"cut.zbp", zbpTruncated,
          "ImportPointCloudByZBP: point count 1 does not match the file size 71"},
         {"map.zbg", zbgCellMap, "ImportPointCloudByZBG: invalid grid size 8192 x 8192"},
-        {"grid.zbg", zbgHugeGrid, "ImportPointCloudByZBG: invalid grid size 65535 x 65535"},
         {"dup.zbg", zbgDuplicate, "ImportPointCloudByZBG: grid cell used twice: 3"},
         {"out.zbg", zbgOutside, "ImportPointCloudByZBG: grid cell out of range: 4"},
         {"magic.zpc", "ZPX 1\n0 0 0\n", "ImportPointCloudByZPC: missing ZPC magic word"},
-        {"count.zpc", "ZPC 1\n1000000000 0 0\n1 2 3\n",
-         "ImportPointCloudByZPC: point count 1e+09 exceeds the file size"},
         {"short.zpc", "ZPC 1\n2 0 0\n1 2 3\n",
          "ImportPointCloudByZPC: file ends after 1 of 2 points"},
         {"cols.zpc", "ZPC 1\n1 1 0\n1 2 3\n", "ImportPointCloudByZPC: invalid point in line 3"},
@@ -296,8 +282,6 @@ TEST(PointCloudIo, MalformedFilesFailWithOneLogLine) {
          "ImportPointCloudByASC: invalid number in line 1"},
         {"noply.ply", "plx\n", "ImportPointCloudByPLY: missing ply magic word"},
         {"noend.ply", plyHeader + "1" + plyXyz, "ImportPointCloudByPLY: missing end_header"},
-        {"many.ply", plyHeader + "99999999" + plyXyz + "end_header\n1 2 3\n",
-         "ImportPointCloudByPLY: element vertex count 99999999 exceeds the file size"},
         {"cut.ply", plyHeader + "2" + plyXyz + "end_header\n1 2 3\n4 5\n",
          "ImportPointCloudByPLY: unexpected end of data or invalid value in element vertex"},
         {"list.ply",
@@ -323,22 +307,6 @@ TEST(PointCloudIo, MalformedFilesFailWithOneLogLine) {
     }
 }
 
-TEST(PointCloudIo, NonFinitePointsAreDroppedAndNormalsZeroed) {
-    const std::string path = zoltest::ScratchPath("nan.asc");
-    zoltest::WriteFile(path,
-                       "# comment\n1 2 3 0 0 1\nnan 2 3 0 0 1\n4 5 6 nan 0 1\n7 8 1e999 0 0 1\n");
-    zoltest::LogCapture log;
-    CloudPtr cloud(Parser::ImportPointCloud(path));
-    ASSERT_NE(cloud, nullptr);
-    ASSERT_EQ(cloud->GetPointCount(), 2);
-    EXPECT_TRUE(cloud->HasNormal());
-    EXPECT_EQ(cloud->GetPointCoord(1).x, 4.0);
-    EXPECT_EQ(cloud->GetPointNormal(1).x, 0.0);
-    EXPECT_EQ(log.Lines(),
-              std::vector<std::string>{
-                  "ImportPointCloudByASC: dropped points with non-finite coordinates: 2"});
-}
-
 TEST(PointCloudIo, RangeScanGridWithoutPointsIsRead) {
     const std::string path = zoltest::ScratchPath("empty_scan.zbg");
     zoltest::WriteFile(
@@ -350,13 +318,19 @@ TEST(PointCloudIo, RangeScanGridWithoutPointsIsRead) {
     EXPECT_EQ(empty->GetPointCount(), 0);
 }
 
-TEST(PointCloudIo, ExtraColumnsAreNormalsOrColoursByValueAndKeptOnlyWhenComplete) {
+TEST(PointCloudIo, ExtraColumnsAreNormalsOrColoursByValueAndNonFiniteValuesAreDropped) {
+    const char* nanText =
+        "# comment\n1 2 3 0 0 1\nnan 2 3 0 0 1\n4 5 6 nan 0.6 0.8\n7 8 1e999 0 0 1\n";
+    const char* dropped = "ImportPointCloudByASC: dropped points with non-finite coordinates: 2";
     const struct {
         const char* name;
         const char* text;
         bool normals, colors;
-        Vector3 second;  // the normal or colour of the second point
+        Vector3 second;              // the normal or colour of the second point
+        const char* line = nullptr;  // logged, if any
     } cases[] = {
+        // Points with a non-finite coordinate are dropped; a non-finite normal entry is 0.
+        {"nan.asc", nanText, true, false, {0, 0.6, 0.8}, dropped},
         {"n.asc", "0 0 0 0 0 1\n1 1 1 0.6 0.8 0\n", true, false, {0.6, 0.8, 0}},
         {"c.xyz", "0 0 0 255 0 1\n1 1 1 12 200 30\n", false, true, Vector3(12, 200, 30) / 255.0},
         {"f.xyzrgb", "0 0 0 0.5 0.25 1\n1 1 1 0.5 0.25 1\n", false, true, {0.5, 0.25, 1}},
@@ -366,14 +340,17 @@ TEST(PointCloudIo, ExtraColumnsAreNormalsOrColoursByValueAndKeptOnlyWhenComplete
         SCOPED_TRACE(c.name);
         const std::string path = zoltest::ScratchPath(c.name);
         zoltest::WriteFile(path, c.text);
+        zoltest::LogCapture log;
         CloudPtr cloud(Parser::ImportPointCloud(path));
         ASSERT_NE(cloud, nullptr);
+        EXPECT_EQ(log.Lines(),
+                  c.line ? std::vector<std::string>{c.line} : std::vector<std::string>{});
         EXPECT_EQ(cloud->GetPointCount(), 2);
         EXPECT_EQ(cloud->HasNormal(), c.normals);
         EXPECT_EQ(cloud->HasColor(), c.colors);
         const Vector3 attribute = c.normals  ? cloud->GetPointNormal(1)
                                   : c.colors ? cloud->GetPointColor(1)
                                              : Vector3();
-        EXPECT_TRUE(attribute == c.second);
+        EXPECT_EQ(attribute, c.second);
     }
 }

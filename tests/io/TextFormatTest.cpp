@@ -45,11 +45,6 @@ void ExpectParsedLikeStrtod(const std::string& text) {
 
 }  // namespace
 
-TEST(TextFormat, RealIsWrittenWithSixSignificantDigits) {
-    EXPECT_EQ(Formatted(0.1234567), "0.123457");
-    EXPECT_EQ(Formatted(1234567.0), "1.23457e+06");
-}
-
 TEST(TextFormat, RealMatchesDefaultStreamText) {
     const double inf = std::numeric_limits<double>::infinity();
     const double special[] = {0.0,   -0.0,     1.0,      -1.0,  0.5,           1e-5,

@@ -151,55 +151,24 @@ TEST(IntrinsicColor, RefusedCallsLogOneLineAndKeepTheColours) {
     PointCloud single = zoltest::MakeCloud({{0, 0, 0}});
     PointCloud holed = zoltest::MakeCloud({{0, 0, 0}, {NAN, 0, 0}});
     double zero = 0.0, nan = NAN, good = 0.01;
-    const std::vector<std::vector<Vector3>> two = {ca, cb};
+    const std::vector<std::vector<Vector3>> two = {ca, cb}, cut = {ca, {cb.begin(), cb.end() - 1}};
+    const int bad = RESULT_INVALID_INPUT;
     const struct {
+        int code;
+        std::string line;  // after "TuneColorFromSingleLight: "
         std::vector<IPointCloud*> clouds;
         std::vector<std::vector<Vector3>> colors;
         double* density;
-        int code;
-        const char* line;
     } cases[] = {
-        {{&a, &b},
-         {ca},
-         nullptr,
-         RESULT_INVALID_INPUT,
-         "TuneColorFromSingleLight: cloudCount != colorListCount"},
-        {{}, {}, nullptr, RESULT_INVALID_INPUT, "TuneColorFromSingleLight: invalid cloudCount < 1"},
-        {{&a},
-         {ca},
-         &zero,
-         RESULT_OK,
-         "TuneColorFromSingleLight: cloudCount == 1, no need to process"},
-        {{&a, &b},
-         two,
-         &zero,
-         RESULT_INVALID_INPUT,
-         "TuneColorFromSingleLight: (*pointDensity) < REAL_TOL"},
-        {{&a, &b},
-         two,
-         &nan,
-         RESULT_INVALID_INPUT,
-         "TuneColorFromSingleLight: (*pointDensity) < REAL_TOL"},
-        {{&a, nullptr},
-         two,
-         &good,
-         RESULT_INVALID_INPUT,
-         "TuneColorFromSingleLight: pointCloud is NULL: cloudId = 1"},
-        {{&single, &b},
-         {{Vector3()}, cb},
-         nullptr,
-         RESULT_INVALID_INPUT,
-         "TuneColorFromSingleLight: pointCount < 2: cloudId = 0"},
-        {{&a, &b},
-         {ca, {cb.begin(), cb.end() - 1}},
-         nullptr,
-         RESULT_INVALID_INPUT,
-         "TuneColorFromSingleLight: colorList size != pointCount: cloudId = 1"},
-        {{&a, &holed},
-         {ca, {Vector3(), Vector3()}},
-         nullptr,
-         RESULT_INVALID_INPUT,
-         "TuneColorFromSingleLight: non-finite coordinate: cloudId = 1"},
+        {bad, "cloudCount != colorListCount", {&a, &b}, {ca}, nullptr},
+        {bad, "invalid cloudCount < 1", {}, {}, nullptr},
+        {RESULT_OK, "cloudCount == 1, no need to process", {&a}, {ca}, &zero},
+        {bad, "(*pointDensity) < REAL_TOL", {&a, &b}, two, &zero},
+        {bad, "(*pointDensity) < REAL_TOL", {&a, &b}, two, &nan},
+        {bad, "pointCloud is NULL: cloudId = 1", {&a, nullptr}, two, &good},
+        {bad, "pointCount < 2: cloudId = 0", {&single, &b}, {{Vector3()}, cb}, nullptr},
+        {bad, "colorList size != pointCount: cloudId = 1", {&a, &b}, cut, nullptr},
+        {bad, "non-finite coordinate: cloudId = 1", {&a, &holed}, {ca, {{}, {}}}, nullptr},
     };
     for (const auto& c : cases) {
         zoltest::LogCapture log;
@@ -209,7 +178,7 @@ TEST(IntrinsicColor, RefusedCallsLogOneLineAndKeepTheColours) {
                                                            &gains, nullptr),
                   c.code)
             << c.line;
-        EXPECT_EQ(log.Lines(), std::vector<std::string>{c.line});
+        EXPECT_EQ(log.Lines(), std::vector<std::string>{"TuneColorFromSingleLight: " + c.line});
         EXPECT_TRUE(colors == c.colors) << c.line;
         EXPECT_EQ(gains, std::vector<Vector3>{Vector3(7, 7, 7)}) << c.line;
     }

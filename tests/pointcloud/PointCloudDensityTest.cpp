@@ -1,5 +1,5 @@
-// Point density: a lattice's spacing, the lower median of brute-force mean distances
-// for both entries (with selections and oversized neighbour counts), and failure lines.
+// Point density: the lower median of brute-force mean distances for both entries (with selections
+// and oversized neighbour counts), and failure lines.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,21 +18,6 @@
 #include "tests/common/TestData.h"
 
 using namespace ZOL;
-
-TEST(PointCloudDensity, SquareLatticeHasItsSpacingAsDensity) {
-    std::vector<Vector3> points;
-    for (int y = 0; y < 10; ++y) {
-        for (int x = 0; x < 10; ++x) points.emplace_back(0.5 * x, 0.5 * y, 1.0);
-    }
-    PointCloud cloud = zoltest::MakeCloud(points);
-    PointCloudPointList list(&cloud);
-    double density = 0.0;
-    ASSERT_EQ(CalculatePointListDensity(&list, 5, density), RESULT_OK);
-    EXPECT_DOUBLE_EQ(density, 0.5);
-    PointCloudInfo info;
-    ASSERT_EQ(_CalculatePointListDensity(&cloud, info, 5, density, nullptr), RESULT_OK);
-    EXPECT_DOUBLE_EQ(density, 0.5);
-}
 
 TEST(PointCloudDensity, IsTheLowerMedianOfMeanDistancesToTheNearestOthers) {
     const std::vector<Vector3> points = zoltest::RandomPoints(41, 12);

@@ -78,7 +78,7 @@ std::vector<int> GridOracle(const std::vector<Vector3>& points, double interval)
     return ids;
 }
 
-// "x y z nx ny nz" lines.
+// The points of \p ids, in that order.
 std::vector<Vector3> Subset(const std::vector<Vector3>& points, const std::vector<int>& ids) {
     std::vector<Vector3> out;
     for (int id : ids) out.push_back(points[id]);
@@ -92,14 +92,6 @@ std::vector<int> Sample(const IPointCloud& cloud, int count, int seed, SampleQua
 }
 
 }  // namespace
-
-TEST(SamplePointCloud, UniformSampleReturnsDistinctPointsOfTheCloud) {
-    PointCloud cloud = zoltest::MakeCloud(zoltest::RandomPoints(100, 1));
-    int ids[10];
-    ASSERT_EQ(SamplePointCloud::UniformSample(&cloud, 10, ids, 0, SAMPLE_QUALITY_LOW), RESULT_OK);
-    EXPECT_EQ(std::set<int>(ids, ids + 10).size(), 10u);
-    EXPECT_EQ(ids[0], 0);
-}
 
 TEST(SamplePointCloud, PlainSchemeFollowsExhaustiveFarthestPointOrder) {
     // Equal gaps make most steps ties, which the lowest index must win.
@@ -268,114 +260,88 @@ TEST(SamplePointCloud, EveryFailureLogsItsLinesAndReturnsItsStatus) {
     const std::string uniform = "SamplePointCloud::UniformSample",
                       list_ = "SamplePointCloud::_UniformSamplePointList",
                       geometry = "SamplePointCloud::_GeometrySamplePointList";
+    const int invalid = RESULT_INVALID_INPUT, fail = RESULT_FAIL;
+    using S = SamplePointCloud;
     struct Case {
         int status;
-        std::vector<std::string> lines;
+        std::string lines;  // one after another, each ended by a line feed
         std::function<int()> call;
     };
     const Case cases[] = {
-        {RESULT_INVALID_INPUT,
-         {uniform + " pointCount < 1 || sampleCount > pointCount "},
-         [&] { return SamplePointCloud::UniformSample(nullptr, 1, ids, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {uniform + " pointCount < 1 || sampleCount > pointCount "},
-         [&] { return SamplePointCloud::UniformSample(&cloud, 101, ids, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {uniform + ": invalid quality parameter: 2"},
-         [&] { return SamplePointCloud::UniformSample(&cloud, 5, ids, 0, q2); }},
-        {RESULT_INVALID_INPUT,
-         {uniform + ": sampleCount < 1: 0"},
-         [&] { return SamplePointCloud::UniformSample(&cloud, 0, ids, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {list_ + " sampleIndex is NULL", uniform + " failed"},
-         [&] { return SamplePointCloud::UniformSample(&cloud, 5, nullptr, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {uniform + " sampleIndex is NULL"},
-         [&] { return SamplePointCloud::UniformSample(&cloud, 10, nullptr, 0, high); }},
-        {RESULT_INVALID_INPUT,
-         {"UniformSampleSubpart: point 3 has a non-finite coordinate", list_ + " failed",
-          uniform + " failed"},
-         [&] { return SamplePointCloud::UniformSample(&bad, 2, ids, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {list_ + " input pointList is NULL"},
-         [&] { return SamplePointCloud::_UniformSamplePointList(nullptr, 1, ids, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {list_ + ": invalid quality parameter: -1"},
-         [&] { return SamplePointCloud::_UniformSamplePointList(&list, 1, ids, 0, qm); }},
-        {RESULT_FAIL,
-         {list_ + " invalid pointCount: 0"},
-         [&] { return SamplePointCloud::_UniformSamplePointList(&emptyList, 1, ids, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {list_ + " sampleIndex is NULL"},
-         [&] { return SamplePointCloud::_UniformSamplePointList(&list, 1, nullptr, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {"UniformSampleSubpart: sampleCount < 1 || sampleCount > candidateCount: 101 100",
-          list_ + " failed"},
-         [&] { return SamplePointCloud::_UniformSamplePointList(&list, 101, ids, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {"UniformSampleSubpart: pointList == NULL || candidateIndex is empty"},
-         [&] { return SamplePointCloud::UniformSampleSubpart(&list, {}, 1, out, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {"UniformSampleSubpart: candidate out of range: 100"},
+        {invalid, uniform + " pointCount < 1 || sampleCount > pointCount \n",
+         [&] { return S::UniformSample(&cloud, 101, ids, 0, low); }},
+        {invalid, uniform + ": invalid quality parameter: 2\n",
+         [&] { return S::UniformSample(&cloud, 5, ids, 0, q2); }},
+        {invalid, uniform + ": sampleCount < 1: 0\n",
+         [&] { return S::UniformSample(&cloud, 0, ids, 0, low); }},
+        {invalid, list_ + " sampleIndex is NULL\n" + uniform + " failed\n",
+         [&] { return S::UniformSample(&cloud, 5, nullptr, 0, low); }},
+        {invalid, uniform + " sampleIndex is NULL\n",
+         [&] { return S::UniformSample(&cloud, 10, nullptr, 0, high); }},
+        {invalid,
+         "UniformSampleSubpart: point 3 has a non-finite coordinate\n" + list_ + " failed\n" +
+             uniform + " failed\n",
+         [&] { return S::UniformSample(&bad, 2, ids, 0, low); }},
+        {invalid, list_ + " input pointList is NULL\n",
+         [&] { return S::_UniformSamplePointList(nullptr, 1, ids, 0, low); }},
+        {invalid, list_ + ": invalid quality parameter: -1\n",
+         [&] { return S::_UniformSamplePointList(&list, 1, ids, 0, qm); }},
+        {fail, list_ + " invalid pointCount: 0\n",
+         [&] { return S::_UniformSamplePointList(&emptyList, 1, ids, 0, low); }},
+        {invalid, list_ + " sampleIndex is NULL\n",
+         [&] { return S::_UniformSamplePointList(&list, 1, nullptr, 0, low); }},
+        {invalid,
+         "UniformSampleSubpart: sampleCount < 1 || sampleCount > candidateCount: 101 100\n" +
+             list_ + " failed\n",
+         [&] { return S::_UniformSamplePointList(&list, 101, ids, 0, low); }},
+        {invalid, "UniformSampleSubpart: pointList == NULL || candidateIndex is empty\n",
+         [&] { return S::UniformSampleSubpart(&list, {}, 1, out, 0, low); }},
+        {invalid, "UniformSampleSubpart: candidate out of range: 100\n",
          [&] {
-             return SamplePointCloud::UniformSampleSubpart(&list, {3, 100}, 1, out, 0, low);
+             return S::UniformSampleSubpart(&list, {3, 100}, 1, out, 0, low);
          }},
-        {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::GeometrySample: pointCloud == NULL || pointCloud->HasNormal() == "
-          "false"},
-         [&] { return SamplePointCloud::GeometrySample(&cloud, 5, ids, 0.5, 9, 0, low); }},
-        {RESULT_FAIL,
-         {geometry + " invalid pointCount: 0"},
-         [&] { return SamplePointCloud::GeometrySample(&emptyOriented, 5, ids, 0.5, 9, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {geometry + " sampleIndex is NULL"},
-         [&] { return SamplePointCloud::GeometrySample(&oriented, 5, nullptr, 0.5, 9, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {geometry + " uniformWeight < 0 || uniformWeight > 1"},
-         [&] { return SamplePointCloud::GeometrySample(&oriented, 5, ids, nan, 9, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {"CalculateFlatness: neighborCount < 1: 0", geometry + " CalculateFlatness Failed"},
-         [&] { return SamplePointCloud::GeometrySample(&oriented, 5, ids, 0.5, 0, 0, low); }},
-        {RESULT_INVALID_INPUT,
-         {geometry + " input pointList is NULL"},
-         [&] {
-             return SamplePointCloud::_GeometrySamplePointList(nullptr, 5, ids, 0.5, 9, 0, low);
-         }},
-        {RESULT_INVALID_INPUT,
-         {"CalculateFlatness: invalid input"},
+        {invalid,
+         "SamplePointCloud::GeometrySample: pointCloud == NULL || pointCloud->HasNormal() == "
+         "false\n",
+         [&] { return S::GeometrySample(&cloud, 5, ids, 0.5, 9, 0, low); }},
+        {fail, geometry + " invalid pointCount: 0\n",
+         [&] { return S::GeometrySample(&emptyOriented, 5, ids, 0.5, 9, 0, low); }},
+        {invalid, geometry + " sampleIndex is NULL\n",
+         [&] { return S::GeometrySample(&oriented, 5, nullptr, 0.5, 9, 0, low); }},
+        {invalid, geometry + " uniformWeight < 0 || uniformWeight > 1\n",
+         [&] { return S::GeometrySample(&oriented, 5, ids, nan, 9, 0, low); }},
+        {invalid,
+         "CalculateFlatness: neighborCount < 1: 0\n" + geometry + " CalculateFlatness Failed\n",
+         [&] { return S::GeometrySample(&oriented, 5, ids, 0.5, 0, 0, low); }},
+        {invalid, geometry + " input pointList is NULL\n",
+         [&] { return S::_GeometrySamplePointList(nullptr, 5, ids, 0.5, 9, 0, low); }},
+        {invalid, "CalculateFlatness: invalid input\n",
          [&] { return CalculateFlatness(&list, 9, nullptr); }},
-        {RESULT_FAIL,
-         {"CalculateFlatness invalid pointCount: 0"},
+        {fail, "CalculateFlatness invalid pointCount: 0\n",
          [&] { return CalculateFlatness(&emptyList, 9, &values); }},
-        {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::GridSample: pointCloud == NULL"},
-         [&] { return SamplePointCloud::GridSample(nullptr, 0.1, out); }},
-        {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::GridSample: interval < REAL_TOL"},
-         [&] { return SamplePointCloud::GridSample(&cloud, 1e-16, out); }},
-        {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::GridSample: interval is NaN"},
-         [&] { return SamplePointCloud::GridSample(&cloud, nan, out); }},
-        {RESULT_OK,
-         {"SamplePointCloud::_GridSample: pointCount is 0"},
-         [&] { return SamplePointCloud::GridSample(&empty, 0.1, out); }},
-        {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::_GridSample: point 3 has a non-finite coordinate"},
-         [&] { return SamplePointCloud::GridSample(&bad, 0.1, out); }},
-        {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::_GridSample: interval too small for the extent of the points"},
-         [&] { return SamplePointCloud::GridSample(&wide, 1e-15, out); }},
-        {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::_GridSample input pointList is NULL"},
-         [&] { return SamplePointCloud::_GridSample(nullptr, 0.1, out); }},
-        {RESULT_INVALID_INPUT,
-         {"SamplePointCloud::_GridSample: interval < REAL_TOL || interval is NaN"},
-         [&] { return SamplePointCloud::_GridSample(&list, -1.0, out); }},
+        {invalid, "SamplePointCloud::GridSample: pointCloud == NULL\n",
+         [&] { return S::GridSample(nullptr, 0.1, out); }},
+        {invalid, "SamplePointCloud::GridSample: interval < REAL_TOL\n",
+         [&] { return S::GridSample(&cloud, 1e-16, out); }},
+        {invalid, "SamplePointCloud::GridSample: interval is NaN\n",
+         [&] { return S::GridSample(&cloud, nan, out); }},
+        {RESULT_OK, "SamplePointCloud::_GridSample: pointCount is 0\n",
+         [&] { return S::GridSample(&empty, 0.1, out); }},
+        {invalid, "SamplePointCloud::_GridSample: point 3 has a non-finite coordinate\n",
+         [&] { return S::GridSample(&bad, 0.1, out); }},
+        {invalid,
+         "SamplePointCloud::_GridSample: interval too small for the extent of the points\n",
+         [&] { return S::GridSample(&wide, 1e-15, out); }},
+        {invalid, "SamplePointCloud::_GridSample input pointList is NULL\n",
+         [&] { return S::_GridSample(nullptr, 0.1, out); }},
+        {invalid, "SamplePointCloud::_GridSample: interval < REAL_TOL || interval is NaN\n",
+         [&] { return S::_GridSample(&list, -1.0, out); }},
     };
     for (const Case& c : cases) {
         zoltest::LogCapture log;
-        out.assign(3, 7);
-        EXPECT_EQ(c.call(), c.status) << c.lines[0];
-        EXPECT_EQ(log.Lines(), c.lines);
+        EXPECT_EQ(c.call(), c.status) << c.lines;
+        std::string lines;
+        for (const std::string& line : log.Lines()) lines += line + "\n";
+        EXPECT_EQ(lines, c.lines);
     }
 }

@@ -10,7 +10,6 @@
 #include <zol/registration/RegistratePointCloud.h>
 #include <zol/runtime/Constants.h>
 
-#include "tests/common/ScanData.h"
 #include "tests/common/TestData.h"
 
 using namespace ZOL;
@@ -29,18 +28,6 @@ void ExpectRows(const Matrix4x4& m, const std::vector<double>& rows, double tole
 }
 
 }  // namespace
-
-TEST(AlignPointPairTest, ThreePairsOfACongruentTriangle_MapEveryPointOntoItsPartner) {
-    const std::vector<Vector3> from = {{0.1, 0.0, 0.2}, {0.0, 0.3, 0.0}, {-0.2, 0.1, 0.1}};
-    const Matrix4x4 motion = zoltest::RigidMotion({1, 2, 3}, 40.0, {0, 0, 0}, {0.5, -1, 2});
-    std::vector<Vector3> ref;
-    for (const Vector3& p : from) ref.push_back(motion.TransformPoint(p));
-    Matrix4x4 result;
-    ASSERT_EQ(RegistratePointCloud::_AlignPointPair(ref, from, &result, nullptr), RESULT_OK);
-    for (size_t i = 0; i < from.size(); ++i) {
-        EXPECT_LT(result.TransformPoint(from[i]).Distance(ref[i]), 1e-12);
-    }
-}
 
 TEST(AlignPointPairTest, HandComputedFrames) {
     const Matrix4x4 shiftX = Translation(0.5, 0, 0), shiftZ = Translation(0, 0, 2);

@@ -1,7 +1,6 @@
-// RegistratePointCloud::ICPRegistrate: a known motion of a real scan recovered with
-// given and with estimated normals, a cloud onto itself, marks that pin what the
-// surface cannot, the widening of the pairing distance, and the log line of each bad
-// argument.
+// RegistratePointCloud::ICPRegistrate: a known motion of a real scan with given and
+// estimated normals, a cloud onto itself, marks that pin what the surface cannot, the
+// widening of the pairing distance, and the log line of each bad argument.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,7 +1,6 @@
-// Registration of the shared bunny range scans against their bun.conf poses: ICP from
-// ten degrees off on every pair that overlaps by at least 30 %, and coarse alignment
-// from any pose followed by ICP on a few pairs (the full table runs in
-// bench/RegistrationBench.cpp).
+// The bunny range scans against their bun.conf poses: ICP from ten degrees off on every
+// pair overlapping by 30 % or more, and coarse alignment then ICP from any pose on a few
+// pairs (the full table runs in bench/RegistrationBench.cpp).
 #include <gtest/gtest.h>
 
 #include <string>

@@ -63,7 +63,7 @@ TEST(GeneralMatrix, IsColumnMajorZeroFilledAndRefusesWritesBeforeInit) {
                                                      "Error: GeneralMatrix3 is not initialize: "}));
 }
 
-TEST(GeneralMatrixEigenSolver, EigenvaluesAscendWithUnitEigenvectors) {
+TEST(GeneralMatrixEigenSolver, EigenvaluesAscendWithUnitEigenvectorsAndBadMatricesFail) {
     // Rotated diag(5, 1, 3): eigenvalues 1, 3, 5 belong to the rotated y, z, x axes.
     const double c = std::cos(0.4), s = std::sin(0.4);
     const double r[3][3] = {{c, -s, 0}, {s, c, 0}, {0, 0, 1}};
@@ -92,21 +92,19 @@ TEST(GeneralMatrixEigenSolver, EigenvaluesAscendWithUnitEigenvectors) {
             EXPECT_NEAR(std::abs(v * axis), 1.0, 1e-12);
         }
     }
-}
-
-TEST(GeneralMatrixEigenSolver, FailsOnBadMatricesAndLogsAccessWithoutDecomposition) {
+    // Bad matrices fail; reading a solver that holds no decomposition is logged.
     zoltest::LogCapture log;
-    GeneralMatrixEigenSolver solver;
-    EXPECT_EQ(solver.GetEigenVector(0), Vector3());
+    GeneralMatrixEigenSolver bad;
+    EXPECT_EQ(bad.GetEigenVector(0), Vector3());
     EXPECT_EQ(log.Lines(), std::vector<std::string>{
                                "Error: GeneralMatrixEigenSolver::GetEigenVector mpImpl is NULL"});
     GeneralMatrix3 nan;
     nan.SetValue(1, 1, std::nan(""));
-    EXPECT_EQ(solver.Compute(nan), RESULT_FAIL);
-    EXPECT_EQ(solver.ComputeDirect(nan), RESULT_FAIL);
-    EXPECT_EQ(solver.Compute(GeneralMatrix(2, 3)), RESULT_INVALID_INPUT);
-    EXPECT_EQ(solver.Compute(GeneralMatrix()), RESULT_INVALID_INPUT);
-    EXPECT_EQ(solver.GetDimension(), 0);
+    EXPECT_EQ(bad.Compute(nan), RESULT_FAIL);
+    EXPECT_EQ(bad.ComputeDirect(nan), RESULT_FAIL);
+    EXPECT_EQ(bad.Compute(GeneralMatrix(2, 3)), RESULT_INVALID_INPUT);
+    EXPECT_EQ(bad.Compute(GeneralMatrix()), RESULT_INVALID_INPUT);
+    EXPECT_EQ(bad.GetDimension(), 0);
 }
 
 TEST(LeastSquareSolvers, AllThreeGiveTheKnownLeastSquaresAnswers) {

@@ -18,12 +18,6 @@ struct DefaultLogRestorer {
 };
 }  // namespace
 
-TEST(LogSystem, LineIsWrittenAndFlushedAtOnce) {
-    zoltest::LogCapture log;
-    LogLine("TriMesh::FuseVertex: vertexCount < ", 3);
-    EXPECT_EQ(log.Lines(), std::vector<std::string>{"TriMesh::FuseVertex: vertexCount < 3"});
-}
-
 TEST(LogSystem, FailureReturnsItsCodeTraceIsGatedAndNumbersUseSixDigits) {
     zoltest::LogCapture log;
     EXPECT_EQ(LogFailure(RESULT_INVALID_INPUT, "X::Y: n < 3"), RESULT_INVALID_INPUT);

@@ -67,19 +67,24 @@ TEST(ThreadPool, OneWorkerTakesTasksInInsertionOrder) {
     }
 }
 
-TEST(ThreadPool, DestructorFinishesQueuedWorkStopsWorkersAndLogsTheirCount) {
+TEST(ThreadPool, DestructorFinishesQueuedWorkStopsWorkersAndLogsTheirCountAndANullTask) {
     zoltest::LogCapture log;
     std::atomic<int> runs{0}, destroyed{0};
     for (int workers : {0, 1, 4}) {
         ThreadPool pool;
         EXPECT_EQ(pool.InitThreads(workers), workers);
-        if (workers == 4)  // no WaitAll: the stop tasks queue behind the work
-            for (int i = 0; i < 200; ++i) pool.InsertTask(new ProbeTask(&runs, &destroyed));
+        if (workers == 1) {
+            EXPECT_EQ(pool.InsertTask(nullptr), RESULT_INVALID_INPUT);
+        }
+        for (int i = 0; workers == 4 && i < 200; ++i) {  // no WaitAll: the stop tasks queue last
+            pool.InsertTask(new ProbeTask(&runs, &destroyed));
+        }
     }
     EXPECT_EQ(runs.load(), 200);
     EXPECT_EQ(destroyed.load(), 200);
     EXPECT_EQ(log.Lines(),
               (std::vector<std::string>{"ThreadPool Free Memory... mThreadList.size =0",
+                                        "Error: ThreadPool::InsertTask NULL input.",
                                         "ThreadPool Free Memory... mThreadList.size =1",
                                         "ThreadPool Free Memory... mThreadList.size =4"}));
 }
@@ -105,15 +110,4 @@ TEST(ThreadPool, TasksLeftWithoutWorkersAreReleasedUnrunAndUnknownKindsStayTheCa
     EXPECT_EQ(runs.load(), 1);
     EXPECT_EQ(destroyed.load(), 3);
     delete odd;
-}
-
-TEST(ThreadPool, NullTaskIsRejectedWithItsLogLine) {
-    zoltest::LogCapture log;
-    {
-        ThreadPool pool;
-        EXPECT_EQ(pool.InsertTask(nullptr), RESULT_INVALID_INPUT);
-    }
-    EXPECT_EQ(log.Lines(),
-              (std::vector<std::string>{"Error: ThreadPool::InsertTask NULL input.",
-                                        "ThreadPool Free Memory... mThreadList.size =0"}));
 }

@@ -12,21 +12,42 @@
 using namespace ZOL;
 using Points = std::vector<Vector3>;
 
-TEST(DetectShapeFit, FitPlaneOnThreePointsFollowsTheFirstNormal) {
-    Vector3 center, normal;
-    ASSERT_TRUE(DetectShape::FitPlane({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
-                                      {{0, 0, -1}, {0, 0, -1}, {0, 0, -1}}, center, normal));
-    EXPECT_EQ(center, Vector3(1.0 / 3, 1.0 / 3, 0));
-    EXPECT_NEAR((normal - Vector3(0, 0, -1)).Length(), 0.0, 1e-14);
-    // One or two points take the normalised normal sum; opposite normals cancel and the
-    // tiny sum is kept as it is.
-    ASSERT_TRUE(DetectShape::FitPlane({{1, 2, 3}}, {{0, 3, 4}}, center, normal));
-    EXPECT_EQ(center, Vector3(1, 2, 3));
-    EXPECT_NEAR((normal - Vector3(0, 0.6, 0.8)).Length(), 0.0, 1e-15);
-    ASSERT_TRUE(
-        DetectShape::FitPlane({{0, 0, 0}, {2, 0, 0}}, {{0, 0, 1}, {0, 0, -1}}, center, normal));
-    EXPECT_EQ(center, Vector3(1, 0, 0));
-    EXPECT_EQ(normal.Length(), 0.0);
+TEST(DetectShapeFit, SmallInputsGiveHandComputedFitsOrLeaveTheOutputsUntouched) {
+    const double r = std::sqrt(1.25);
+    const Vector3 up(0, 0, 1), x(1, 0, 0), y(0, 1, 0), none(7, 7, 7);
+    const struct {
+        bool sphere;
+        Points points, normals;
+        Vector3 center, normal;  // a sphere: (radius, 7, 7); none: rejected
+    } cases[] = {
+        // A plane through three points follows the first normal; one or two points take
+        // the normalised normal sum, and opposite normals leave the tiny sum as it is.
+        {false, {{0, 0, 0}, x, y}, Points(3, -up), {1.0 / 3, 1.0 / 3, 0}, -up},
+        {false, {{1, 2, 3}}, {{0, 3, 4}}, {1, 2, 3}, {0, 0.6, 0.8}},
+        {false, {{0, 0, 0}, {2, 0, 0}}, {up, -up}, x, {0, 0, 0}},
+        {false, {}, {}, none, none},
+        {false, {{0, 0, 0}, {0, 0, 0}}, {up}, none, none},
+        // Crossing normal lines of the first two points meet at the centre; for skew lines
+        // it is the midpoint of their closest points; a third point is ignored.
+        {true, {{2, 0, 0}, {0, 2, 0}}, {x, y}, {0, 0, 0}, {2, 7, 7}},
+        {true, {{0, 0, 0}, {1, 1, 1}}, {x, y}, {1, 0, 0.5}, {r, 7, 7}},
+        {true, {{0, 0, 0}, {1, 1, 1}, {9, 9, 9}}, {x, y, up}, {1, 0, 0.5}, {r, 7, 7}},
+        {true, {{0, 0, 0}}, {up}, none, none},
+        {true, {{0, 0, 0}, x}, {up}, none, none},
+        // Parallel and opposite normals of the two points used; four points with one
+        // normal make a singular system.
+        {true, {{0, 0, 0}, x}, {up, up}, none, none},
+        {true, {{0, 0, 0}, x, y}, {up, -up, x}, none, none},
+        {true, {{0, 0, 0}, x, y, {1, 1, 0}}, Points(4, up), none, none},
+    };
+    for (const auto& c : cases) {
+        Vector3 center = none, normal = none;
+        const bool fitted = c.sphere ? DetectShape::FitSphere(c.points, c.normals, center, normal.x)
+                                     : DetectShape::FitPlane(c.points, c.normals, center, normal);
+        EXPECT_EQ(fitted, c.center != none) << c.points.size() << (c.sphere ? " sphere" : " plane");
+        EXPECT_NEAR(center.Distance(c.center), 0.0, 1e-14);
+        EXPECT_NEAR(normal.Distance(c.normal), 0.0, 1e-14);
+    }
 }
 
 TEST(DetectShapeFit, FitsRecoverANoisyTiltedPlaneAndSpheresWhicheverWayNormalsPoint) {
@@ -71,53 +92,4 @@ TEST(DetectShapeFit, FitsRecoverANoisyTiltedPlaneAndSpheresWhicheverWayNormalsPo
             for (Vector3& n : normals) n = -n;
         }
     }
-}
-
-TEST(DetectShapeFit, FitSphereFromTwoOrThreePointsMeetsTheFirstTwoNormalLines) {
-    // Crossing lines meet at the centre; for skew lines it is the midpoint of their closest
-    // points; a third point is ignored.
-    const struct {
-        Points points, normals;
-        Vector3 center;
-        double radius;
-    } cases[] = {
-        {{{2, 0, 0}, {0, 2, 0}}, {{1, 0, 0}, {0, 1, 0}}, {0, 0, 0}, 2.0},
-        {{{0, 0, 0}, {1, 1, 1}}, {{1, 0, 0}, {0, 1, 0}}, {1, 0, 0.5}, std::sqrt(1.25)},
-        {{{0, 0, 0}, {1, 1, 1}, {9, 9, 9}},
-         {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
-         {1, 0, 0.5},
-         std::sqrt(1.25)},
-    };
-    for (const auto& c : cases) {
-        Vector3 center;
-        double radius = 0.0;
-        ASSERT_TRUE(DetectShape::FitSphere(c.points, c.normals, center, radius));
-        EXPECT_NEAR((center - c.center).Length(), 0.0, 1e-15);
-        EXPECT_NEAR(radius, c.radius, 1e-15);
-    }
-}
-
-TEST(DetectShapeFit, RejectedInputsLeaveTheOutputsUntouched) {
-    const Vector3 sentinel(7, 7, 7);
-    Vector3 center = sentinel, normal = sentinel;
-    double radius = 9.0;
-    EXPECT_FALSE(DetectShape::FitPlane({}, {}, center, normal));
-    EXPECT_FALSE(DetectShape::FitPlane({{0, 0, 0}, {0, 0, 0}}, {{0, 0, 1}}, center, normal));
-    const struct {
-        Points points, normals;
-    } spheres[] = {
-        {{{0, 0, 0}}, {{0, 0, 1}}},
-        {{{0, 0, 0}, {1, 0, 0}}, {{0, 0, 1}}},
-        // Parallel and opposite normals of the two points used.
-        {{{0, 0, 0}, {1, 0, 0}}, {{0, 0, 1}, {0, 0, 1}}},
-        {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 0, 1}, {0, 0, -1}, {1, 0, 0}}},
-        // Four points with one normal make a singular system.
-        {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}}, Points(4, Vector3(0, 0, 1))},
-    };
-    for (const auto& c : spheres) {
-        EXPECT_FALSE(DetectShape::FitSphere(c.points, c.normals, center, radius));
-    }
-    EXPECT_EQ(center, sentinel);
-    EXPECT_EQ(normal, sentinel);
-    EXPECT_EQ(radius, 9.0);
 }
