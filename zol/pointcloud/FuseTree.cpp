@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -74,16 +75,65 @@ void* AllocateLarge(std::size_t bytes) {
 
 void FreeLarge(void* memory) { std::free(memory); }
 
+void* AllocateZeroed(std::size_t bytes) {
+#if defined(__linux__)
+    if (bytes >= kHugePage) {
+        // Anonymous pages arrive zeroed; the mapping is trimmed to a huge-page boundary.
+        const std::size_t rounded = (bytes + kHugePage - 1) / kHugePage * kHugePage;
+        const std::size_t span = rounded + kHugePage;
+        void* raw = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (raw == MAP_FAILED) throw std::bad_alloc();
+        char* begin = static_cast<char*>(raw);
+        char* aligned =
+            begin + (kHugePage - reinterpret_cast<std::uintptr_t>(begin) % kHugePage) % kHugePage;
+        if (aligned > begin) munmap(begin, static_cast<std::size_t>(aligned - begin));
+        char* end = begin + span;
+        if (end > aligned + rounded)
+            munmap(aligned + rounded, static_cast<std::size_t>(end - aligned - rounded));
+        madvise(aligned, rounded, MADV_HUGEPAGE);
+        return aligned;
+    }
+#endif
+    if (bytes == 0) return nullptr;
+    void* memory = AllocateLarge(bytes);
+    std::memset(memory, 0, bytes);
+    return memory;
+}
+
+void FreeZeroed(void* memory, std::size_t bytes) {
+    if (memory == nullptr) return;
+#if defined(__linux__)
+    if (bytes >= kHugePage) {
+        munmap(memory, (bytes + kHugePage - 1) / kHugePage * kHugePage);
+        return;
+    }
+#endif
+    FreeLarge(memory);
+}
+
+FuseShard& FuseShard::operator=(FuseShard&& other) noexcept {
+    if (this != &other) {
+        FreeZeroed(mSlots, mSlotCount * sizeof(Slot));
+        cells = static_cast<FuseBlocks<FuseCell>&&>(other.cells);
+        attributes = static_cast<FuseBlocks<double>&&>(other.attributes);
+        mSlots = other.mSlots, mSlotCount = other.mSlotCount, mMask = other.mMask;
+        mMaxKey = other.mMaxKey;
+        other.mSlots = nullptr, other.mSlotCount = 0, other.mMask = 0;
+    }
+    return *this;
+}
+
 int FuseShard::FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& inserted) {
-    if (2 * (cells.size() + 1) > mSlots.size()) Reserve(cells.size() + 1);
+    if (4 * (cells.size() + 1) > 3 * mSlotCount) Reserve(cells.size() + 1);
     const std::uint32_t tag = TagOf(hash);
     for (std::uint64_t s = hash & mMask;; s = (s + 1) & mMask) {
         Slot& slot = mSlots[s];
-        if (slot.cell < 0) {
+        if (slot.ref == 0) {
+            const int id = static_cast<int>(cells.size());
             slot.tag = tag;
-            slot.cell = static_cast<int>(cells.size());
+            slot.ref = static_cast<std::uint32_t>(id) + 1;
             cells.Append();
-            FuseCell* cell = new (cells.At(slot.cell)) FuseCell;
+            FuseCell* cell = new (cells.At(id)) FuseCell;
             cell->weight = 0;
             cell->key = key;
             attributes.Append();
@@ -91,24 +141,24 @@ int FuseShard::FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& in
             mMaxKey.iy = std::max(mMaxKey.iy, key.iy);
             mMaxKey.iz = std::max(mMaxKey.iz, key.iz);
             inserted = true;
-            return slot.cell;
+            return id;
         }
-        if (slot.tag == tag && cells.At(slot.cell)->key == key) {
+        if (slot.tag == tag && cells.At(slot.ref - 1)->key == key) {
             inserted = false;
-            return slot.cell;
+            return static_cast<int>(slot.ref - 1);
         }
     }
 }
 
 void FuseShard::PrefetchCell(std::uint64_t hash) const {
 #if defined(__GNUC__)
-    if (mSlots.empty()) return;
+    if (mSlots == nullptr) return;
     const std::uint32_t tag = TagOf(hash);
     for (std::uint64_t s = hash & mMask;; s = (s + 1) & mMask) {
         const Slot& slot = mSlots[s];
-        if (slot.cell < 0) return;
+        if (slot.ref == 0) return;
         if (slot.tag == tag) {
-            __builtin_prefetch(cells.At(slot.cell));
+            __builtin_prefetch(cells.At(slot.ref - 1));
             return;
         }
     }
@@ -118,23 +168,26 @@ void FuseShard::PrefetchCell(std::uint64_t hash) const {
 }
 
 void FuseShard::Reserve(std::size_t cellCount) {
-    std::size_t size = mSlots.empty() ? kFirstSlotCount : mSlots.size();
-    while (size < 2 * cellCount) size *= 2;
-    if (size != mSlots.size()) Rehash(size);
+    std::size_t size = mSlotCount == 0 ? kFirstSlotCount : mSlotCount;
+    while (3 * size < 4 * cellCount) size *= 2;
+    if (size != mSlotCount) Rehash(size);
 }
 
 void FuseShard::Rehash(std::size_t slotCount) {
-    // Slot positions are the low tag bits, and a table never passes 2^31 slots (cell
+    // Slot positions are the low tag bits, and a table never passes 2^32 slots (cell
     // indices are ints), so the old slots alone place every cell again.
-    LargeVector<Slot> slots(slotCount, Slot{0, -1});
+    Slot* slots = static_cast<Slot*>(AllocateZeroed(slotCount * sizeof(Slot)));
     const std::uint64_t mask = slotCount - 1;
-    for (const Slot& old : mSlots) {
-        if (old.cell < 0) continue;
+    for (std::size_t i = 0; i < mSlotCount; ++i) {
+        const Slot& old = mSlots[i];
+        if (old.ref == 0) continue;
         std::uint64_t s = old.tag & mask;
-        while (slots[s].cell >= 0) s = (s + 1) & mask;
+        while (slots[s].ref != 0) s = (s + 1) & mask;
         slots[s] = old;
     }
-    mSlots.swap(slots);
+    FreeZeroed(mSlots, mSlotCount * sizeof(Slot));
+    mSlots = slots;
+    mSlotCount = slotCount;
     mMask = mask;
 }
 

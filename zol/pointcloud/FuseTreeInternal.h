@@ -17,6 +17,11 @@ namespace ZOL {
 /// of fresh pages otherwise costs more than the fusion itself.
 void* AllocateLarge(std::size_t bytes);
 void FreeLarge(void* memory);
+/// Zero-filled memory for the slot tables, straight from fresh pages where the system
+/// offers them, so that a new table costs no fill pass; free it with FreeZeroed and the
+/// same size.
+void* AllocateZeroed(std::size_t bytes);
+void FreeZeroed(void* memory, std::size_t bytes);
 
 /// Standard allocator over AllocateLarge, for the vectors of a fusion.
 template <typename T>
@@ -148,11 +153,16 @@ private:
     int mWidth = 1;
 };
 
-/// The cells of one shard: a table of slots (power-of-two size, at most half full)
-/// pointing into the cells in insertion order.
+/// The cells of one shard: a table of slots (power-of-two size, at most three quarters
+/// full) pointing into the cells in insertion order.
 class FuseShard {
 public:
     explicit FuseShard(int attributeCount = 0) : attributes(attributeCount) {}
+    ~FuseShard() { FreeZeroed(mSlots, mSlotCount * sizeof(Slot)); }
+    FuseShard(FuseShard&& other) noexcept { *this = static_cast<FuseShard&&>(other); }
+    FuseShard& operator=(FuseShard&& other) noexcept;
+    FuseShard(const FuseShard&) = delete;
+    FuseShard& operator=(const FuseShard&) = delete;
     /// \return the index of the cell with \p key, appending a cell of weight 0 (its
     ///         attribute values unwritten) when there is none; \p inserted tells which.
     int FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& inserted);
@@ -165,7 +175,7 @@ public:
     /// Asks for the slot of \p hash ahead of its use.
     void PrefetchSlot(std::uint64_t hash) const {
 #if defined(__GNUC__)
-        if (!mSlots.empty()) __builtin_prefetch(&mSlots[hash & mMask]);
+        if (mSlots) __builtin_prefetch(&mSlots[hash & mMask]);
 #else
         (void)hash;
 #endif
@@ -180,14 +190,16 @@ public:
 private:
     // The low 32 hash bits: they pick the slot too, so growth rehashes from the slots
     // alone, and the bits above the mask tell most keys of one probe run apart without
-    // reading their cells.
+    // reading their cells. An all-zero slot is empty, so fresh zero pages are a ready
+    // table.
     struct Slot {
         std::uint32_t tag;
-        int cell;  ///< -1 for an empty slot
+        std::uint32_t ref;  ///< the cell index + 1; 0 for an empty slot
     };
     void Rehash(std::size_t slotCount);
 
-    LargeVector<Slot> mSlots;
+    Slot* mSlots = nullptr;
+    std::size_t mSlotCount = 0;
     std::uint64_t mMask = 0;
     FuseCellKey mMaxKey{0, 0, 0};
 };
