@@ -105,7 +105,7 @@ int FusePointCloud::DumpInfo(std::ostream& out) const {
         return LogFailure(RESULT_STEP_FAIL, "FusePointCloud::DumpInfo: FuseTree is NULL");
     }
     const FuseTree& tree = *mpFuseTree;
-    const LargeVector<std::uint64_t> sorted = tree.SortedCells();
+    const FuseCellOrder sorted = tree.SortedCells();
     const int m = tree.AttributeCount();
     std::string text;
     LineBuilder line(text);

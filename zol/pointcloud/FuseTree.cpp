@@ -1,9 +1,6 @@
-// The flat hash of fused cells: probing, growth, the ordered pass that sorts the occupied
-// keys (a radix sort of packed keys when the indices fit 64 bits together), and the
-// memory of the large arrays.
+// The flat hash of fused cells: probing, growth, and the memory of the large arrays.
 #include <zol/pointcloud/FuseTreeInternal.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -19,42 +16,7 @@ const std::size_t kFirstSlotCount = 64;
 const std::size_t kHugePage = std::size_t(2) << 20;
 const std::size_t kCacheLine = 64;
 
-int BitWidth(unsigned value) {
-    int bits = 0;
-    while (value != 0) {
-        ++bits;
-        value >>= 1;
-    }
-    return bits;
-}
-
 std::uint32_t TagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash); }
-
-// Least-significant-digit radix sort of \p codes on their bits [lowBit, lowBit + keyBits),
-// in as few passes of at most 11 bits as cover them; a pass whose digit is the same for
-// every code moves nothing and is skipped.
-void RadixSort(LargeVector<std::uint64_t>& codes, int lowBit, int keyBits) {
-    const int passes = (keyBits + 10) / 11;
-    if (passes == 0) return;
-    const int digitBits = (keyBits + passes - 1) / passes;
-    const std::uint64_t digitMask = (std::uint64_t(1) << digitBits) - 1;
-    LargeVector<std::uint64_t> scratch(codes.size());
-    std::vector<std::size_t> counts(std::size_t(1) << digitBits);
-    for (int shift = lowBit; shift < lowBit + keyBits; shift += digitBits) {
-        std::fill(counts.begin(), counts.end(), 0);
-        for (const std::uint64_t c : codes) ++counts[(c >> shift) & digitMask];
-        if (counts[(codes.front() >> shift) & digitMask] == codes.size()) continue;
-        std::size_t sum = 0;
-        for (std::size_t& c : counts) {
-            const std::size_t n = c;
-            c = sum;
-            sum += n;
-        }
-        std::uint64_t* out = scratch.data();
-        for (const std::uint64_t c : codes) out[counts[(c >> shift) & digitMask]++] = c;
-        codes.swap(scratch);
-    }
-}
 
 }  // namespace
 
@@ -202,61 +164,6 @@ long long FuseTree::CellCount() const {
     long long count = 0;
     for (const FuseShard& shard : shards) count += static_cast<long long>(shard.cells.size());
     return count;
-}
-
-LargeVector<std::uint64_t> FuseTree::SortedCells() const {
-    unsigned maxX = 0, maxY = 0, maxZ = 0;
-    std::size_t total = 0, largest = 0;
-    for (const FuseShard& shard : shards) {
-        total += shard.cells.size();
-        largest = std::max(largest, shard.cells.size());
-        maxX = std::max(maxX, static_cast<unsigned>(shard.MaxKey().ix));
-        maxY = std::max(maxY, static_cast<unsigned>(shard.MaxKey().iy));
-        maxZ = std::max(maxZ, static_cast<unsigned>(shard.MaxKey().iz));
-    }
-    LargeVector<std::uint64_t> codes;
-    codes.reserve(total);
-    if (total == 0) return codes;
-    const int bitsY = BitWidth(maxY), bitsZ = BitWidth(maxZ);
-    const int keyBits = BitWidth(maxX) + bitsY + bitsZ;
-    const int cellBits = BitWidth(static_cast<unsigned>(largest));
-    const int lowBit = kShardBits + cellBits;
-    if (keyBits + lowBit <= 64) {
-        // Packing ix above iy above iz keeps their lexicographic order in one integer, and
-        // the shard and cell index below it ride along; each width is at most 31 bits.
-        for (int s = 0; s < kShardCount; ++s) {
-            const FuseBlocks<FuseCell>& cells = shards[s].cells;
-            for (std::size_t c = 0; c < cells.size(); ++c) {
-                const FuseCellKey& k = cells.At(c)->key;
-                const std::uint64_t key = std::uint64_t(unsigned(k.ix)) << (bitsY + bitsZ) |
-                                          std::uint64_t(unsigned(k.iy)) << bitsZ |
-                                          std::uint64_t(unsigned(k.iz));
-                codes.push_back(key << lowBit | std::uint64_t(s) << cellBits | c);
-            }
-        }
-        RadixSort(codes, lowBit, keyBits);
-        const std::uint64_t cellMask = (std::uint64_t(1) << cellBits) - 1;
-        for (std::uint64_t& code : codes) {
-            code =
-                RefCode(static_cast<int>((code >> cellBits) & (kShardCount - 1)), code & cellMask);
-        }
-        return codes;
-    }
-    for (int s = 0; s < kShardCount; ++s) {
-        for (std::size_t c = 0; c < shards[s].cells.size(); ++c) codes.push_back(RefCode(s, c));
-    }
-    auto keyOf = [this](std::uint64_t code) -> const FuseCellKey& {
-        const FuseCellRef r = RefOf(code);
-        return shards[r.shard].cells.At(r.cell)->key;
-    };
-    std::sort(codes.begin(), codes.end(), [&](std::uint64_t a, std::uint64_t b) {
-        const FuseCellKey& ka = keyOf(a);
-        const FuseCellKey& kb = keyOf(b);
-        if (ka.ix != kb.ix) return ka.ix < kb.ix;
-        if (ka.iy != kb.iy) return ka.iy < kb.iy;
-        return ka.iz < kb.iz;
-    });
-    return codes;
 }
 
 }  // namespace ZOL

@@ -3,14 +3,19 @@
 // sort of the occupied keys) for extraction and saving.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <vector>
 
 #include <zol/core/Vector3.h>
 
 namespace ZOL {
+
+class FuseTree;
+class IPointCloud;
 
 /// Memory for the arrays of a fusion, aligned to a cache line. Requests of 2 MiB or more
 /// are served in huge pages where the system offers them: on large clouds the first touch
@@ -91,6 +96,30 @@ private:
     std::size_t mCapacity = 0;
 };
 
+/// Releases memory of AllocateLarge.
+struct FreeLargeDeleter {
+    void operator()(void* memory) const { FreeLarge(memory); }
+};
+
+/// The cells of a tree in grid order, each as FuseTree::RefCode(shard, cell).
+class FuseCellOrder {
+public:
+    FuseCellOrder() = default;
+    explicit FuseCellOrder(std::size_t count)
+        : mCodes(count ? static_cast<std::uint64_t*>(AllocateLarge(count * sizeof(std::uint64_t)))
+                       : nullptr),
+          mSize(count) {}
+    std::size_t size() const { return mSize; }
+    std::uint64_t* data() const { return mCodes.get(); }
+    std::uint64_t operator[](std::size_t i) const { return mCodes.get()[i]; }
+    const std::uint64_t* begin() const { return mCodes.get(); }
+    const std::uint64_t* end() const { return mCodes.get() + mSize; }
+
+private:
+    std::unique_ptr<std::uint64_t[], FreeLargeDeleter> mCodes;
+    std::size_t mSize = 0;
+};
+
 /// Where a cell lives: its shard and its index there.
 struct FuseCellRef {
     int shard;
@@ -133,6 +162,17 @@ public:
 #endif
         // Block b holds kFirstBlock << b elements, from element kFirstBlock * (2^b - 1) on.
         return mBlocks[b] + (id - kFirstBlock * ((std::size_t(1) << b) - 1)) * mWidth;
+    }
+    /// Calls f(id, first value) for elements [first, last) in order, block by block.
+    template <typename F>
+    void ForEach(std::size_t first, std::size_t last, F&& f) const {
+        std::size_t begin = 0;
+        for (std::size_t b = 0; b < mBlocks.size() && begin < last; ++b) {
+            const std::size_t end = begin + (kFirstBlock << b);
+            for (std::size_t id = std::max(begin, first); id < std::min(end, last); ++id)
+                f(id, mBlocks[b] + (id - begin) * mWidth);
+            begin = end;
+        }
     }
     /// Appends one element whose values are not yet written.
     void Append() {
@@ -204,6 +244,14 @@ private:
     FuseCellKey mMaxKey{0, 0, 0};
 };
 
+/// Appends every cell of \p tree to the empty \p pointCloud in grid order (normals too
+/// when \p fuseNormal, which also sets the cloud's has-normal flag), and the cells'
+/// attribute values to \p pointAttributes when it is not null.
+void ReadOutCells(const FuseTree& tree,
+                  IPointCloud* pointCloud,
+                  bool fuseNormal,
+                  std::vector<double>* pointAttributes);
+
 /// All fused cells, named after the ordered tree the messages call "FuseTree".
 class FuseTree {
 public:
@@ -232,8 +280,9 @@ public:
     /// \return the number of cells.
     long long CellCount() const;
     /// \return every cell, ordered by ascending ix, then iy, then iz, each as
-    ///         RefCode(shard, cell).
-    LargeVector<std::uint64_t> SortedCells() const;
+    ///         RefCode(shard, cell); large trees are ordered on GetThreadCount() workers,
+    ///         with the same result for any count.
+    FuseCellOrder SortedCells() const;
     static std::uint64_t RefCode(int shard, std::size_t cell) {
         return std::uint64_t(unsigned(shard)) << 32 | cell;
     }
