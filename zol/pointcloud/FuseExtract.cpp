@@ -56,7 +56,7 @@ void FillSlice(const Reader& in,
         const FuseCell& cell = *in.Cell(i);
         const int id = static_cast<int>(i);
         cloud.PointCloud::SetPointCoord(id, cell.position);
-        if (fuseNormal) cloud.PointCloud::SetPointNormal(id, cell.normal);
+        if (fuseNormal) cloud.PointCloud::SetPointNormal(id, FuseCellStore::NormalOf(&cell));
         if (m > 0) {
             const double* v = in.Values(i);
             std::copy(v, v + m, values + i * m);
@@ -103,9 +103,10 @@ void ReadOutCells(const FuseTree& tree,
         in.Prefetch(i);
         const FuseCell& cell = *in.Cell(i);
         if (plain) {
-            plain->PointCloud::InsertPoint(cell.position, cell.normal);
+            plain->PointCloud::InsertPoint(cell.position,
+                                           fuseNormal ? FuseCellStore::NormalOf(&cell) : Vector3());
         } else if (fuseNormal) {
-            pointCloud->InsertPoint(cell.position, cell.normal);
+            pointCloud->InsertPoint(cell.position, FuseCellStore::NormalOf(&cell));
         } else {
             pointCloud->InsertPoint(cell.position);
         }

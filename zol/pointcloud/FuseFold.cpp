@@ -125,7 +125,7 @@ void FoldShards(const FuseSource& src,
         const double* a = m > 0 ? src.attributes + static_cast<std::size_t>(i) * m : nullptr;
         if (inserted) {
             cell->position = p;
-            cell->normal = nu;
+            if (fuseNormal) FuseCellStore::NormalOf(cell) = nu;
             cell->weight = 1;
             for (int k = 0; k < m; ++k) values[k] = a[k];
             continue;
@@ -138,8 +138,9 @@ void FoldShards(const FuseSource& src,
         if (fuseNormal) {
             // Weighted by the weight after the increment; an opposite normal is flipped
             // before it is added.
-            cell->normal = cell->normal * nu < 0.0 ? cell->normal * W - nu : cell->normal * W + nu;
-            cell->normal.Normalise();
+            Vector3& normal = FuseCellStore::NormalOf(cell);
+            normal = normal * nu < 0.0 ? normal * W - nu : normal * W + nu;
+            normal.Normalise();
         }
     }
 }

@@ -87,7 +87,7 @@ int FusePointCloud::Init(int resolutionX,
     if (!goodBox)
         return LogFailure(RESULT_INVALID_INPUT, "FusePointCloud::Init: bboxMin >= bboxMax");
     Clear();
-    mpFuseTree = new FuseTree;
+    mpFuseTree = new FuseTree(0, fuseNormal);
     mResolutionX = resolutionX;
     mResolutionY = resolutionY;
     mResolutionZ = resolutionZ;

@@ -76,7 +76,7 @@ void FreeZeroed(void* memory, std::size_t bytes) {
 FuseShard& FuseShard::operator=(FuseShard&& other) noexcept {
     if (this != &other) {
         FreeZeroed(mSlots, mSlotCount * sizeof(Slot));
-        cells = static_cast<FuseBlocks<FuseCell>&&>(other.cells);
+        cells = static_cast<FuseCellStore&&>(other.cells);
         attributes = static_cast<FuseBlocks<double>&&>(other.attributes);
         mSlots = other.mSlots, mSlotCount = other.mSlotCount, mMask = other.mMask;
         mMaxKey = other.mMaxKey;
@@ -94,10 +94,7 @@ int FuseShard::FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& in
             const int id = static_cast<int>(cells.size());
             slot.tag = tag;
             slot.ref = static_cast<std::uint32_t>(id) + 1;
-            cells.Append();
-            FuseCell* cell = new (cells.At(id)) FuseCell;
-            cell->weight = 0;
-            cell->key = key;
+            cells.Append(key);
             attributes.Append();
             mMaxKey.ix = std::max(mMaxKey.ix, key.ix);
             mMaxKey.iy = std::max(mMaxKey.iy, key.iy);
@@ -153,11 +150,13 @@ void FuseShard::Rehash(std::size_t slotCount) {
     mMask = mask;
 }
 
-FuseTree::FuseTree(int attributeCount) { SetAttributeCount(attributeCount); }
+FuseTree::FuseTree(int attributeCount, bool normals) : mNormals(normals) {
+    SetAttributeCount(attributeCount);
+}
 
 void FuseTree::SetAttributeCount(int attributeCount) {
     mAttributeCount = attributeCount;
-    for (FuseShard& shard : shards) shard = FuseShard(attributeCount);
+    for (FuseShard& shard : shards) shard = FuseShard(attributeCount, mNormals);
 }
 
 long long FuseTree::CellCount() const {

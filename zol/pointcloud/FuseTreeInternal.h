@@ -51,15 +51,21 @@ struct FuseCellKey {
     bool operator==(const FuseCellKey& o) const { return ix == o.ix && iy == o.iy && iz == o.iz; }
 };
 
-/// One occupied cell, one cache line. Its weight is the number of points fused (every
-/// point weighs 1), kept as an integer so that the line is not split; its attribute
-/// values live in the shard's attribute blocks.
-struct alignas(64) FuseCell {
+/// One occupied cell: 40 bytes. Its weight is the number of points fused (every point
+/// weighs 1), kept as an integer beside the key; its attribute values live in the
+/// shard's attribute blocks, and its normal, when normals are fused, right after it.
+struct FuseCell {
     Vector3 position;
-    Vector3 normal;
     FuseCellKey key;
     std::uint32_t weight;
 };
+
+/// A cell with its normal: one cache line, so that folding a point touches one line.
+struct FuseNormalCell {
+    FuseCell cell;  ///< first, so that a FuseCell* to it reaches the normal too
+    Vector3 normal;
+};
+static_assert(sizeof(FuseCell) == 40 && sizeof(FuseNormalCell) == 64, "packed cells");
 
 /// Where one point of an update falls, worked out once by the checking pass so that the
 /// folding workers neither divide nor hash again: its cell (ix -1 when the point is
@@ -193,11 +199,50 @@ private:
     int mWidth = 1;
 };
 
+/// The cells of one shard in insertion order, as FuseCell or, with normals, as
+/// FuseNormalCell: cells without normals take five eighths of the memory.
+class FuseCellStore {
+public:
+    explicit FuseCellStore(bool normals = false)
+        : mBlocks(normals ? sizeof(FuseNormalCell) : sizeof(FuseCell)), mNormals(normals) {}
+    std::size_t size() const { return mBlocks.size(); }
+    bool HasNormals() const { return mNormals; }
+    FuseCell* At(std::size_t id) const { return reinterpret_cast<FuseCell*>(mBlocks.At(id)); }
+    /// \return the normal of a cell of this store (only when it has normals).
+    static Vector3& NormalOf(FuseCell* cell) {
+        return reinterpret_cast<FuseNormalCell*>(cell)->normal;
+    }
+    static const Vector3& NormalOf(const FuseCell* cell) {
+        return reinterpret_cast<const FuseNormalCell*>(cell)->normal;
+    }
+    /// Appends a cell of weight 0 with \p key; its position (and normal) are unwritten.
+    FuseCell* Append(const FuseCellKey& key) {
+        mBlocks.Append();
+        unsigned char* at = mBlocks.At(mBlocks.size() - 1);
+        FuseCell* cell = mNormals ? &(new (at) FuseNormalCell)->cell : new (at) FuseCell;
+        cell->key = key;
+        cell->weight = 0;
+        return cell;
+    }
+    /// Calls f(id, cell) for cells [first, last) in order.
+    template <typename F>
+    void ForEach(std::size_t first, std::size_t last, F&& f) const {
+        mBlocks.ForEach(first, last, [&f](std::size_t id, const unsigned char* at) {
+            f(id, reinterpret_cast<const FuseCell*>(at));
+        });
+    }
+
+private:
+    FuseBlocks<unsigned char> mBlocks;
+    bool mNormals;
+};
+
 /// The cells of one shard: a table of slots (power-of-two size, at most three quarters
 /// full) pointing into the cells in insertion order.
 class FuseShard {
 public:
-    explicit FuseShard(int attributeCount = 0) : attributes(attributeCount) {}
+    explicit FuseShard(int attributeCount = 0, bool normals = false)
+        : cells(normals), attributes(attributeCount) {}
     ~FuseShard() { FreeZeroed(mSlots, mSlotCount * sizeof(Slot)); }
     FuseShard(FuseShard&& other) noexcept { *this = static_cast<FuseShard&&>(other); }
     FuseShard& operator=(FuseShard&& other) noexcept;
@@ -224,7 +269,7 @@ public:
     /// costs one useless fetch).
     void PrefetchCell(std::uint64_t hash) const;
 
-    FuseBlocks<FuseCell> cells;
+    FuseCellStore cells;
     FuseBlocks<double> attributes;  ///< attributeCount values per cell
 
 private:
@@ -272,10 +317,11 @@ public:
     static int ShardOf(std::uint64_t hash) { return static_cast<int>(hash >> (64 - kShardBits)); }
 
     /// An empty tree whose cells carry \p attributeCount values each.
-    explicit FuseTree(int attributeCount = 0);
+    explicit FuseTree(int attributeCount = 0, bool normals = false);
     /// Starts over, empty, with cells of \p attributeCount values.
     void SetAttributeCount(int attributeCount);
     int AttributeCount() const { return mAttributeCount; }
+    bool HasNormals() const { return mNormals; }
 
     /// \return the number of cells.
     long long CellCount() const;
@@ -300,6 +346,7 @@ public:
 
 private:
     int mAttributeCount;
+    bool mNormals;
 };
 
 }  // namespace ZOL
