@@ -23,8 +23,7 @@ const int kMaxBucketBits = 11;
 const int kDigitBits = 8;
 
 const ParallelLines kOrderLines = {
-    "FusePointCloud::SortCells",
-    "FusePointCloud::SortCells: ThreadPool InsertTask SortCellsMT Failed"};
+    "FuseTree::SortedCells", "FuseTree::SortedCells: ThreadPool InsertTask SortCellsMT Failed"};
 
 int BitWidth(std::uint64_t value) {
     int bits = 0;
