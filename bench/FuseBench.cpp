@@ -1,8 +1,9 @@
 // Volumetric fusion throughput: 10 clouds of 1M points each fused into a 512^3 grid and
 // extracted, reported as fused points per second. "Scans" are 10 rigidly moved views of a
 // bumpy sphere with normals, in scan order (a few points per cell per view); "scatter" is
-// uniform noise, where nearly every point opens a cell of its own. A nested ordered map
-// of cells on one thread is the baseline layout.
+// uniform noise, where nearly every point opens a cell of its own; both also without
+// normals, whose cells are smaller. A nested ordered map of cells on one thread is the
+// baseline layout.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -82,14 +83,14 @@ void SetPointRate(benchmark::State& state) {
         static_cast<double>(kClouds) * kPoints * state.iterations(), benchmark::Counter::kIsRate);
 }
 
-// args: scatter (0/1), threads.
+// args: scatter (0/1), threads, normals fused (0/1).
 void BM_Fuse(benchmark::State& state) {
     const ZOL::PointCloud& cloud = Cloud(state.range(0) != 0);
     ZOL::SetThreadCount(static_cast<int>(state.range(1)));
     const std::vector<ZOL::Matrix4x4> views = Views();
     for (auto _ : state) {
         ZOL::FusePointCloud fuse(kResolution, kResolution, kResolution, ZOL::Vector3(-1, -1, -1),
-                                 ZOL::Vector3(1, 1, 1), true);
+                                 ZOL::Vector3(1, 1, 1), state.range(2) != 0);
         for (const ZOL::Matrix4x4& view : views) fuse.UpdateFuseFunction(&cloud, &view, nullptr);
         ZOL::PointCloud fused;
         fuse.ExtractPointCloud(&fused, nullptr);
@@ -99,8 +100,10 @@ void BM_Fuse(benchmark::State& state) {
     ZOL::SetThreadCount(0);
 }
 BENCHMARK(BM_Fuse)
-    ->ArgsProduct({{0, 1}, {1, 2}})
-    ->ArgNames({"scatter", "threads"})
+    ->ArgsProduct({{0, 1}, {1, 2}, {1}})
+    ->Args({0, 1, 0})
+    ->Args({1, 1, 0})
+    ->ArgNames({"scatter", "threads", "normals"})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 

@@ -20,6 +20,7 @@
 #include "tests/common/PointData.h"
 #include "tests/common/ScanData.h"
 #include "tests/common/TestData.h"
+#include "tests/common/ThreadCountScope.h"
 
 using namespace ZOL;
 
@@ -107,12 +108,19 @@ TEST(FusePointCloud, CellsComeOutInGridOrderForAnyIndexWidthAndTheRangeIsOneSide
     // Index widths from a few bits to 31 bits per axis, so that the packed keys take one
     // or several sorting passes, or no longer fit one integer; on a plane every z index
     // is the same. Probes at bboxMin, just below it and beyond an int join every case.
+    // Large fusions are ordered and read out on the workers.
     const struct {
         int resolution;
         double spread;  ///< points lie in [0, spread)^3 of a grid over [0, 1]^3
         bool plane;
-    } cases[] = {{8, 12.0, false}, {4096, 1.0, false}, {4096, 1.0, true}, {1, 2.0e9, false}};
+        int count;    ///< points drawn
+        int threads;  ///< 0 for the default
+    } cases[] = {{8, 12.0, false, 3000, 0},    {4096, 1.0, false, 3000, 0},
+                 {4096, 1.0, true, 3000, 0},   {1, 2.0e9, false, 3000, 0},
+                 {4096, 1.0, false, 90000, 1}, {4096, 1.0, false, 90000, 2},
+                 {512, 1.0, false, 90000, 8}};
     for (const auto& c : cases) {
+        zoltest::ThreadCountScope threads(c.threads);
         std::vector<Vector3> points = {
             {0, 0, 0}, {-1e-12, 0.5, 0.5}, {0.5, -0.25, 0.5}, {0.5, 0.5, -1.5}, {1e12, 0.5, 0.5}};
         std::uint64_t state = 12345;
@@ -120,7 +128,7 @@ TEST(FusePointCloud, CellsComeOutInGridOrderForAnyIndexWidthAndTheRangeIsOneSide
             state = state * 6364136223846793005ull + 1442695040888963407ull;
             return c.spread * static_cast<double>(state >> 11) / 9007199254740992.0;
         };
-        for (int i = 0; i < 3000; ++i) {
+        for (int i = 0; i < c.count; ++i) {
             const double x = uniform(), y = uniform(), z = c.plane ? 0.3 : uniform();
             points.push_back(Vector3(x, y, z));
             if (i % 3 == 0) points.push_back(Vector3(x, y, z) * 0.999);  // often one cell

@@ -40,11 +40,11 @@ bool IsFinite(const Vector3& v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
-// The first refused point of one slice and the slice's points per shard.
+// The first refused point of one slice and the slice's runs of one cell per shard.
 struct SliceMap {
     int badCoord = -1;
     int badNormal = -1;
-    std::size_t shardPoints[FuseTree::kShardCount] = {};
+    std::size_t shardRuns[FuseTree::kShardCount] = {};
 };
 
 // Maps points [first, last) and stops at the first one refused.
@@ -75,7 +75,8 @@ void MapSlice(const FuseSource& src, int first, int last, FusePointCell* out, Sl
         cell.key =
             FuseCellKey{static_cast<int>(q[0]), static_cast<int>(q[1]), static_cast<int>(q[2])};
         cell.hash = FuseTree::Hash(cell.key);
-        ++slice.shardPoints[FuseTree::ShardOf(cell.hash)];
+        if (i == first || !(out[i - 1].key == cell.key))
+            ++slice.shardRuns[FuseTree::ShardOf(cell.hash)];
     }
 }
 
@@ -124,7 +125,7 @@ void FoldShards(const FuseSource& src,
         const double* a = m > 0 ? src.attributes + static_cast<std::size_t>(i) * m : nullptr;
         if (inserted) {
             cell->position = p;
-            cell->normal = nu;
+            if (fuseNormal) FuseCellStore::NormalOf(cell) = nu;
             cell->weight = 1;
             for (int k = 0; k < m; ++k) values[k] = a[k];
             continue;
@@ -137,8 +138,9 @@ void FoldShards(const FuseSource& src,
         if (fuseNormal) {
             // Weighted by the weight after the increment; an opposite normal is flipped
             // before it is added.
-            cell->normal = cell->normal * nu < 0.0 ? cell->normal * W - nu : cell->normal * W + nu;
-            cell->normal.Normalise();
+            Vector3& normal = FuseCellStore::NormalOf(cell);
+            normal = normal * nu < 0.0 ? normal * W - nu : normal * W + nu;
+            normal.Normalise();
         }
     }
 }
@@ -155,15 +157,14 @@ FuseMapResult MapFusePoints(const FuseSource& src, int pointCount, FuseTree& tre
                  slices[t]);
     });
     if (result.status != RESULT_OK) return result;
-    result.shardPoints.assign(FuseTree::kShardCount, 0);
+    result.shardRuns.assign(FuseTree::kShardCount, 0);
     for (const SliceMap& slice : slices) {
         if (slice.badCoord >= 0 || slice.badNormal >= 0) {
             result.badCoord = slice.badCoord;
             result.badNormal = slice.badNormal;
             return result;
         }
-        for (int s = 0; s < FuseTree::kShardCount; ++s)
-            result.shardPoints[s] += slice.shardPoints[s];
+        for (int s = 0; s < FuseTree::kShardCount; ++s) result.shardRuns[s] += slice.shardRuns[s];
     }
     return result;
 }
@@ -178,7 +179,7 @@ int FoldFusePoints(const FuseSource& src,
         const int first = SliceBegin(FuseTree::kShardCount, t, n);
         const int last = SliceBegin(FuseTree::kShardCount, t + 1, n);
         for (int s = first; s < last; ++s) {
-            tree.shards[s].Reserve(tree.shards[s].cells.size() + map.shardPoints[s]);
+            tree.shards[s].Reserve(tree.shards[s].cells.size() + map.shardRuns[s]);
         }
         FoldShards(src, at, pointCount, tree, first, last);
     });

@@ -43,8 +43,9 @@ struct FuseMapResult {
     int status = 0;      ///< RESULT_OK, or the workers' failure
     int badCoord = -1;   ///< the first point whose moved coordinate is not finite
     int badNormal = -1;  ///< the first point whose fused normal is not finite
-    /// Points per shard, an upper bound on the cells each shard may gain.
-    std::vector<std::size_t> shardPoints;
+    /// Per shard, the points whose cell differs from their predecessor's: a new cell
+    /// starts such a run, so this bounds the cells each shard may gain.
+    std::vector<std::size_t> shardRuns;
 };
 
 /// Pass 1: checks every point and writes its cell into tree.pointCells, on the workers

@@ -89,7 +89,7 @@ int FusePointCloud::Init(int resolutionX,
     if (!goodBox)
         return LogFailure(RESULT_INVALID_INPUT, "FusePointCloud::Init: bboxMin >= bboxMax");
     Clear();
-    mpFuseTree = new FuseTree;
+    mpFuseTree = new FuseTree(0, fuseNormal);
     mResolutionX = resolutionX;
     mResolutionY = resolutionY;
     mResolutionZ = resolutionZ;
@@ -212,41 +212,7 @@ int FusePointCloud::ExtractPointCloud(IPointCloud* pointCloud,
     if (mpFuseTree == nullptr) {
         return LogFailure(RESULT_STEP_FAIL, "FusePointCloud::ExtractPointCloud: FuseTree is NULL");
     }
-    const FuseTree& tree = *mpFuseTree;
-    const LargeVector<std::uint64_t> sorted = tree.SortedCells();
-    const std::size_t count = sorted.size();
-    const int m = tree.AttributeCount();
-    pointCloud->SetHasNormal(mFuseNormal);
-    // The library's own cloud is filled without a virtual call per point.
-    PointCloud* plain =
-        typeid(*pointCloud) == typeid(PointCloud) ? static_cast<PointCloud*>(pointCloud) : nullptr;
-    if (plain) plain->ReservePoint(static_cast<int>(count));
-    if (pointAttributes) pointAttributes->reserve(pointAttributes->size() + count * m);
-    // The cells are visited in grid order, far from their storage order: each one is asked
-    // for a few cells ahead of its use.
-    const std::size_t kAhead = 12;
-    auto cellOf = [&tree](std::uint64_t code) {
-        const FuseCellRef r = FuseTree::RefOf(code);
-        return tree.shards[r.shard].cells.At(r.cell);
-    };
-    for (std::size_t i = 0; i < count; ++i) {
-#if defined(__GNUC__)
-        if (i + kAhead < count) __builtin_prefetch(cellOf(sorted[i + kAhead]));
-#endif
-        const FuseCell& cell = *cellOf(sorted[i]);
-        if (plain) {
-            plain->PointCloud::InsertPoint(cell.position, cell.normal);
-        } else if (mFuseNormal) {
-            pointCloud->InsertPoint(cell.position, cell.normal);
-        } else {
-            pointCloud->InsertPoint(cell.position);
-        }
-        if (pointAttributes && m > 0) {
-            const FuseCellRef r = FuseTree::RefOf(sorted[i]);
-            const double* values = tree.shards[r.shard].attributes.At(r.cell);
-            pointAttributes->insert(pointAttributes->end(), values, values + m);
-        }
-    }
+    ReadOutCells(*mpFuseTree, pointCloud, mFuseNormal, pointAttributes);
     return RESULT_OK;
 }
 

@@ -105,7 +105,7 @@ int FusePointCloud::DumpInfo(std::ostream& out) const {
         return LogFailure(RESULT_STEP_FAIL, "FusePointCloud::DumpInfo: FuseTree is NULL");
     }
     const FuseTree& tree = *mpFuseTree;
-    const LargeVector<std::uint64_t> sorted = tree.SortedCells();
+    const FuseCellOrder sorted = tree.SortedCells();
     const int m = tree.AttributeCount();
     std::string text;
     LineBuilder line(text);
@@ -121,7 +121,10 @@ int FusePointCloud::DumpInfo(std::ostream& out) const {
         const FuseShard& shard = tree.shards[r.shard];
         const FuseCell& cell = *shard.cells.At(r.cell);
         line.Int(cell.key.ix).Int(cell.key.iy).Int(cell.key.iz);
-        line.Reals(cell.position).Reals(cell.normal).Int(cell.weight);
+        // Without fused normals every cell's normal is the zero vector.
+        const Vector3 normal =
+            shard.cells.HasNormals() ? FuseCellStore::NormalOf(&cell) : Vector3(0.0, 0.0, 0.0);
+        line.Reals(cell.position).Reals(normal).Int(cell.weight);
         for (int k = 0; k < m; ++k) line.Real(shard.attributes.At(r.cell)[k]);
         line.End();
         if (text.size() >= kBlockSize) {
@@ -172,17 +175,17 @@ int FusePointCloud::LoadInfo(std::istream& in) {
         return LogFailure(RESULT_INVALID_INPUT, "FusePointCloud::LoadInfo: damaged grid header");
 
     const int m = static_cast<int>(attributeCount);
-    std::unique_ptr<FuseTree> tree(new FuseTree(m));
+    std::unique_ptr<FuseTree> tree(new FuseTree(m, fuseNormal != 0));
     std::vector<double> values(m);
     for (std::int64_t record = 0; record < cellCount; ++record) {
         std::int64_t index[3], weight = 0;
-        FuseCell cell;
+        Vector3 position, normal;
         bool cellGood = ReadLine(in, text);
         if (cellGood) {
             LineReader r(text);
             cellGood = r.Int(index[0], 0, INT_MAX) && r.Int(index[1], 0, INT_MAX) &&
-                       r.Int(index[2], 0, INT_MAX) && r.Reals(cell.position) &&
-                       r.Reals(cell.normal) && r.Int(weight, 1, UINT32_MAX);
+                       r.Int(index[2], 0, INT_MAX) && r.Reals(position) && r.Reals(normal) &&
+                       r.Int(weight, 1, UINT32_MAX);
             for (int k = 0; k < m && cellGood; ++k) cellGood = r.Real(values[k]);
             cellGood = cellGood && r.AtEnd();
         }
@@ -200,9 +203,10 @@ int FusePointCloud::LoadInfo(std::istream& in) {
             return LogFailure(RESULT_INVALID_INPUT,
                               "FusePointCloud::LoadInfo: duplicate cell at record ", record);
         }
-        cell.key = key;
-        cell.weight = static_cast<std::uint32_t>(weight);
-        *shard.cells.At(id) = cell;
+        FuseCell* cell = shard.cells.At(id);
+        cell->position = position;
+        cell->weight = static_cast<std::uint32_t>(weight);
+        if (shard.cells.HasNormals()) FuseCellStore::NormalOf(cell) = normal;
         if (m > 0) std::copy(values.begin(), values.end(), shard.attributes.At(id));
     }
     if (!ReadLine(in, text) || text != kEndLine) {

@@ -3,8 +3,10 @@
 // sort of the occupied keys) for extraction and saving.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -12,11 +14,19 @@
 
 namespace ZOL {
 
+class FuseTree;
+class IPointCloud;
+
 /// Memory for the arrays of a fusion, aligned to a cache line. Requests of 2 MiB or more
 /// are served in huge pages where the system offers them: on large clouds the first touch
 /// of fresh pages otherwise costs more than the fusion itself.
 void* AllocateLarge(std::size_t bytes);
 void FreeLarge(void* memory);
+/// Zero-filled memory for the slot tables, straight from fresh pages where the system
+/// offers them, so that a new table costs no fill pass; free it with FreeZeroed and the
+/// same size.
+void* AllocateZeroed(std::size_t bytes);
+void FreeZeroed(void* memory, std::size_t bytes);
 
 /// Standard allocator over AllocateLarge, for the vectors of a fusion.
 template <typename T>
@@ -41,15 +51,21 @@ struct FuseCellKey {
     bool operator==(const FuseCellKey& o) const { return ix == o.ix && iy == o.iy && iz == o.iz; }
 };
 
-/// One occupied cell, one cache line. Its weight is the number of points fused (every
-/// point weighs 1), kept as an integer so that the line is not split; its attribute
-/// values live in the shard's attribute blocks.
-struct alignas(64) FuseCell {
+/// One occupied cell: 40 bytes. Its weight is the number of points fused (every point
+/// weighs 1), kept as an integer beside the key; its attribute values live in the
+/// shard's attribute blocks, and its normal, when normals are fused, right after it.
+struct FuseCell {
     Vector3 position;
-    Vector3 normal;
     FuseCellKey key;
     std::uint32_t weight;
 };
+
+/// A cell with its normal: one cache line, so that folding a point touches one line.
+struct FuseNormalCell {
+    FuseCell cell;  ///< first, so that a FuseCell* to it reaches the normal too
+    Vector3 normal;
+};
+static_assert(sizeof(FuseCell) == 40 && sizeof(FuseNormalCell) == 64, "packed cells");
 
 /// Where one point of an update falls, worked out once by the checking pass so that the
 /// folding workers neither divide nor hash again: its cell (ix -1 when the point is
@@ -84,6 +100,30 @@ public:
 private:
     T* mData = nullptr;
     std::size_t mCapacity = 0;
+};
+
+/// Releases memory of AllocateLarge.
+struct FreeLargeDeleter {
+    void operator()(void* memory) const { FreeLarge(memory); }
+};
+
+/// The cells of a tree in grid order, each as FuseTree::RefCode(shard, cell).
+class FuseCellOrder {
+public:
+    FuseCellOrder() = default;
+    explicit FuseCellOrder(std::size_t count)
+        : mCodes(count ? static_cast<std::uint64_t*>(AllocateLarge(count * sizeof(std::uint64_t)))
+                       : nullptr),
+          mSize(count) {}
+    std::size_t size() const { return mSize; }
+    std::uint64_t* data() const { return mCodes.get(); }
+    std::uint64_t operator[](std::size_t i) const { return mCodes.get()[i]; }
+    const std::uint64_t* begin() const { return mCodes.get(); }
+    const std::uint64_t* end() const { return mCodes.get() + mSize; }
+
+private:
+    std::unique_ptr<std::uint64_t[], FreeLargeDeleter> mCodes;
+    std::size_t mSize = 0;
 };
 
 /// Where a cell lives: its shard and its index there.
@@ -129,6 +169,17 @@ public:
         // Block b holds kFirstBlock << b elements, from element kFirstBlock * (2^b - 1) on.
         return mBlocks[b] + (id - kFirstBlock * ((std::size_t(1) << b) - 1)) * mWidth;
     }
+    /// Calls f(id, first value) for elements [first, last) in order, block by block.
+    template <typename F>
+    void ForEach(std::size_t first, std::size_t last, F&& f) const {
+        std::size_t begin = 0;
+        for (std::size_t b = 0; b < mBlocks.size() && begin < last; ++b) {
+            const std::size_t end = begin + (kFirstBlock << b);
+            for (std::size_t id = std::max(begin, first); id < std::min(end, last); ++id)
+                f(id, mBlocks[b] + (id - begin) * mWidth);
+            begin = end;
+        }
+    }
     /// Appends one element whose values are not yet written.
     void Append() {
         if (mWidth > 0 && mSize == mCapacity) {
@@ -148,11 +199,55 @@ private:
     int mWidth = 1;
 };
 
-/// The cells of one shard: a table of slots (power-of-two size, at most half full)
-/// pointing into the cells in insertion order.
+/// The cells of one shard in insertion order, as FuseCell or, with normals, as
+/// FuseNormalCell: cells without normals take five eighths of the memory.
+class FuseCellStore {
+public:
+    explicit FuseCellStore(bool normals = false)
+        : mBlocks(normals ? sizeof(FuseNormalCell) : sizeof(FuseCell)), mNormals(normals) {}
+    std::size_t size() const { return mBlocks.size(); }
+    bool HasNormals() const { return mNormals; }
+    FuseCell* At(std::size_t id) const { return reinterpret_cast<FuseCell*>(mBlocks.At(id)); }
+    /// \return the normal of a cell of this store (only when it has normals).
+    static Vector3& NormalOf(FuseCell* cell) {
+        return reinterpret_cast<FuseNormalCell*>(cell)->normal;
+    }
+    static const Vector3& NormalOf(const FuseCell* cell) {
+        return reinterpret_cast<const FuseNormalCell*>(cell)->normal;
+    }
+    /// Appends a cell of weight 0 with \p key; its position (and normal) are unwritten.
+    FuseCell* Append(const FuseCellKey& key) {
+        mBlocks.Append();
+        unsigned char* at = mBlocks.At(mBlocks.size() - 1);
+        FuseCell* cell = mNormals ? &(new (at) FuseNormalCell)->cell : new (at) FuseCell;
+        cell->key = key;
+        cell->weight = 0;
+        return cell;
+    }
+    /// Calls f(id, cell) for cells [first, last) in order.
+    template <typename F>
+    void ForEach(std::size_t first, std::size_t last, F&& f) const {
+        mBlocks.ForEach(first, last, [&f](std::size_t id, const unsigned char* at) {
+            f(id, reinterpret_cast<const FuseCell*>(at));
+        });
+    }
+
+private:
+    FuseBlocks<unsigned char> mBlocks;
+    bool mNormals;
+};
+
+/// The cells of one shard: a table of slots (power-of-two size, at most three quarters
+/// full) pointing into the cells in insertion order.
 class FuseShard {
 public:
-    explicit FuseShard(int attributeCount = 0) : attributes(attributeCount) {}
+    explicit FuseShard(int attributeCount = 0, bool normals = false)
+        : cells(normals), attributes(attributeCount) {}
+    ~FuseShard() { FreeZeroed(mSlots, mSlotCount * sizeof(Slot)); }
+    FuseShard(FuseShard&& other) noexcept { *this = static_cast<FuseShard&&>(other); }
+    FuseShard& operator=(FuseShard&& other) noexcept;
+    FuseShard(const FuseShard&) = delete;
+    FuseShard& operator=(const FuseShard&) = delete;
     /// \return the index of the cell with \p key, appending a cell of weight 0 (its
     ///         attribute values unwritten) when there is none; \p inserted tells which.
     int FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& inserted);
@@ -165,7 +260,7 @@ public:
     /// Asks for the slot of \p hash ahead of its use.
     void PrefetchSlot(std::uint64_t hash) const {
 #if defined(__GNUC__)
-        if (!mSlots.empty()) __builtin_prefetch(&mSlots[hash & mMask]);
+        if (mSlots) __builtin_prefetch(&mSlots[hash & mMask]);
 #else
         (void)hash;
 #endif
@@ -174,23 +269,33 @@ public:
     /// costs one useless fetch).
     void PrefetchCell(std::uint64_t hash) const;
 
-    FuseBlocks<FuseCell> cells;
+    FuseCellStore cells;
     FuseBlocks<double> attributes;  ///< attributeCount values per cell
 
 private:
     // The low 32 hash bits: they pick the slot too, so growth rehashes from the slots
     // alone, and the bits above the mask tell most keys of one probe run apart without
-    // reading their cells.
+    // reading their cells. An all-zero slot is empty, so fresh zero pages are a ready
+    // table.
     struct Slot {
         std::uint32_t tag;
-        int cell;  ///< -1 for an empty slot
+        std::uint32_t ref;  ///< the cell index + 1; 0 for an empty slot
     };
     void Rehash(std::size_t slotCount);
 
-    LargeVector<Slot> mSlots;
+    Slot* mSlots = nullptr;
+    std::size_t mSlotCount = 0;
     std::uint64_t mMask = 0;
     FuseCellKey mMaxKey{0, 0, 0};
 };
+
+/// Appends every cell of \p tree to the empty \p pointCloud in grid order (normals too
+/// when \p fuseNormal, which also sets the cloud's has-normal flag), and the cells'
+/// attribute values to \p pointAttributes when it is not null.
+void ReadOutCells(const FuseTree& tree,
+                  IPointCloud* pointCloud,
+                  bool fuseNormal,
+                  std::vector<double>* pointAttributes);
 
 /// All fused cells, named after the ordered tree the messages call "FuseTree".
 class FuseTree {
@@ -212,16 +317,18 @@ public:
     static int ShardOf(std::uint64_t hash) { return static_cast<int>(hash >> (64 - kShardBits)); }
 
     /// An empty tree whose cells carry \p attributeCount values each.
-    explicit FuseTree(int attributeCount = 0);
+    explicit FuseTree(int attributeCount = 0, bool normals = false);
     /// Starts over, empty, with cells of \p attributeCount values.
     void SetAttributeCount(int attributeCount);
     int AttributeCount() const { return mAttributeCount; }
+    bool HasNormals() const { return mNormals; }
 
     /// \return the number of cells.
     long long CellCount() const;
     /// \return every cell, ordered by ascending ix, then iy, then iz, each as
-    ///         RefCode(shard, cell).
-    LargeVector<std::uint64_t> SortedCells() const;
+    ///         RefCode(shard, cell); large trees are ordered on GetThreadCount() workers,
+    ///         with the same result for any count.
+    FuseCellOrder SortedCells() const;
     static std::uint64_t RefCode(int shard, std::size_t cell) {
         return std::uint64_t(unsigned(shard)) << 32 | cell;
     }
@@ -239,6 +346,7 @@ public:
 
 private:
     int mAttributeCount;
+    bool mNormals;
 };
 
 }  // namespace ZOL
