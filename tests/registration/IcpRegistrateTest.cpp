@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -68,13 +69,16 @@ TEST(IcpRegistrateTest, CloudOntoItself_GivesTheIdentityAtTheFirstIteration) {
 
 TEST(IcpRegistrateTest, ProgressSeenByTheCloudReadsNeverFallsBack) {
     // A host cloud notes the progress at every coordinate read: nested steps (bounding
-    // box, samplers, grid sample) must not reset it between the milestones.
+    // box, samplers, grid sample) must not reset it between the milestones. Workers read
+    // too, so a read and its note happen under one lock.
     struct ProgressCloud : zoltest::HostCloud {
         using HostCloud::HostCloud;
         Vector3 GetPointCoord(int pointId) override {
+            std::lock_guard<std::mutex> guard(lock);
             seen.push_back(GetApiProgress());
             return HostCloud::GetPointCoord(pointId);
         }
+        std::mutex lock;
         std::vector<double> seen;
     };
     const PointCloud& scan = zoltest::BunnyScan("bun045");

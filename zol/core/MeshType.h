@@ -5,7 +5,7 @@
 namespace ZOL {
 
 /// Origin or role of a mesh, for the host's own bookkeeping.
-enum MeshType {
+enum MeshType : int {
     MESH_TYPE_UNKNOWN = 0,  ///< not set (the default of a new mesh)
     MESH_TYPE_SCAN = 1,     ///< reconstructed from measured points
     MESH_TYPE_MODEL = 2,    ///< designed or edited geometry

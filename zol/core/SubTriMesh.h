@@ -11,7 +11,7 @@
 namespace ZOL {
 
 /// How the selection of a SubTriMesh is read.
-enum BuildSubTriMeshType {
+enum BuildSubTriMeshType : int {
     /// The ids name parent triangles; the view holds them and every vertex they use.
     BUILD_SUBTRIMESH_BY_TRIANGLE = 0,
     /// The ids name parent vertices; the view holds them and every triangle whose three

@@ -21,7 +21,7 @@ class PointCloudInfo;
 class ZOL_API ConsolidatePointCloud {
 public:
     /// How _SmoothGeometry moves a selected point.
-    enum SmoothQuality {
+    enum SmoothQuality : int {
         SMOOTH_QUALITY_PLANE = 0,     ///< onto the least-squares plane of its neighbours
         SMOOTH_QUALITY_BILATERAL = 1  ///< along that plane's normal, bilaterally weighted
     };

@@ -11,8 +11,9 @@
 
 namespace ZOL {
 
-/// How hard farthest-point sampling works. Any value other than these two is rejected.
-enum SampleQuality {
+/// How hard farthest-point sampling works. Any value other than these two is rejected
+/// (the fixed underlying type makes such a value well defined, so it can be checked).
+enum SampleQuality : int {
     /// Partitions jobs of at least 200 samples and 100000 work units (candidates x
     /// samples) into farthest-point cells sampled separately.
     SAMPLE_QUALITY_LOW = 0,

@@ -10,7 +10,7 @@
 namespace ZOL {
 
 /// Detail levels of diagnostic lines; lower is more detailed.
-enum LogLevel {
+enum LogLevel : int {
     LOG_TRACE = 0,    ///< worker traces, early-stop notices, intermediate values
     LOG_FAILURE = 1,  ///< failures of nested steps inside long operations
     LOG_MARKER = 2    ///< a few progress markers

@@ -18,7 +18,7 @@ namespace ZOL {
 class ZOL_API TaskBase {
 public:
     /// Task kinds: a worker runs a work task and leaves its loop on a stop task.
-    enum TaskType { TASK_STOP = 0, TASK_WORK = 1 };
+    enum TaskType : int { TASK_STOP = 0, TASK_WORK = 1 };
 
     /// A work task.
     TaskBase();
