@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include <zol/core/IPointList.h>
 #include <zol/core/PointCloud.h>
@@ -17,6 +18,7 @@
 #include <zol/runtime/ApiProgress.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
+#include <zol/runtime/NeighborBatchSearchInternal.h>
 #include <zol/runtime/ParallelInternal.h>
 #include <zol/runtime/PointCloudInfo.h>
 
@@ -24,68 +26,77 @@ namespace ZOL {
 
 namespace {
 
-const ParallelLines kFitLines = {"FitPointNormals",
-                                 "FitPointNormals: ThreadPool InsertTask failed"};
-
 bool IsValidDirection(const Vector3* direction) {
     if (direction == nullptr) return true;
     const double length = direction->Length();
     return std::isfinite(length) && length > REAL_TOL;
 }
 
-/// Builds the index and the neighbour lists of every point, then copies them into
-/// \p ids, k per row (-1 where a list is shorter, which only an index built over
-/// another cloud can cause). Progress 0.1 and 0.3.
-int FindAllNeighbors(IPointCloud* cloud, PointCloudInfo& info, int k, std::vector<int>& ids) {
+/// The neighbour lists of all points, read in place from the cache of a PointCloudInfo:
+/// k ids per point at a distance of \p stride ids from one point to the next.
+struct NeighborRows {
+    const int* ids = nullptr;
+    int stride = 0;
+};
+
+/// Plane fits of each batch of points on the worker that has just found their
+/// neighbours. A fit depends only on its own row, so the split does not matter.
+class FitNormalsVisitor : public NeighborBatchVisitor {
+public:
+    FitNormalsVisitor(const PointCloudInfo& info, const double* xyz, int k, Vector3* normals)
+        : mInfo(info), mXyz(xyz), mK(k), mNormals(normals) {}
+
+    void Visit(int, const int* points, int count) override {
+        GeneralMatrixEigenSolver solver;  // allocates once per batch, not per point
+        for (int q = 0; q < count; ++q) {
+            const int p = points[q];
+            FitPlaneNormal(mXyz, mInfo.GetCachedNeighborIds(p), mK, mNormals[p], nullptr, &solver);
+        }
+    }
+
+private:
+    const PointCloudInfo& mInfo;
+    const double* mXyz;
+    int mK;
+    Vector3* mNormals;
+};
+
+/// Builds the index and finds the \p k nearest of every point; with \p normals, also
+/// fits every point's plane normal as its row comes in (zero where the neighbours span
+/// no plane). Progress 0.1 and 0.6.
+int FindAllNeighbors(IPointCloud* cloud,
+                     PointCloudInfo& info,
+                     int k,
+                     const std::vector<double>& xyz,
+                     std::vector<Vector3>* normals,
+                     NeighborRows& rows) {
     int status = info.InitAnn(cloud, k);
     if (status != RESULT_OK) return status;
     SetProgress(0.1);
-    status = info.FindNearestNeighbors(k, cloud, nullptr);
-    if (status != RESULT_OK) return status;
-    SetProgress(0.3);
     const int n = cloud->GetPointCount();
-    ids.assign(static_cast<size_t>(n) * k, -1);
-    std::vector<int> scratch;
-    for (int i = 0; i < n; ++i) {
-        const int* row = nullptr;
-        int count = 0;
-        status = ReadNeighborRow(info, i, k, scratch, row, count);
-        if (status != RESULT_OK) return status;
-        std::copy_n(row, std::min(count, k), &ids[static_cast<size_t>(i) * k]);
+    std::unique_ptr<FitNormalsVisitor> fit;
+    if (normals) {
+        normals->assign(static_cast<size_t>(n), Vector3());
+        fit.reset(new FitNormalsVisitor(info, xyz.data(), k, normals->data()));
     }
+    status = NeighborBatchSearch::Run(info, k, cloud, nullptr, fit.get());
+    if (status != RESULT_OK) return status;
+    // Every row holds k entries: the index covers this cloud, which has at least k points.
+    rows.ids = info.GetCachedNeighborIds(0);
+    rows.stride = info.GetNeighborCount();
+    if (rows.ids == nullptr || info.GetCachedNeighborCount(n - 1) < k) return RESULT_FAIL;
+    SetProgress(0.6);
     return RESULT_OK;
-}
-
-/// Plane-fit normals of every point on the workers; zero where the neighbours span no
-/// plane. Each point's fit depends only on its own list, so the split does not matter.
-int FitAllNormals(const std::vector<double>& xyz,
-                  const std::vector<int>& ids,
-                  int k,
-                  std::vector<Vector3>& normals) {
-    const int n = static_cast<int>(xyz.size() / 3);
-    normals.assign(static_cast<size_t>(n), Vector3());
-    return ParallelFor(
-        ParallelTaskCount(n),
-        [&](int t, int parts) {
-            GeneralMatrixEigenSolver solver;
-            const int end = SliceBegin(n, t + 1, parts);
-            for (int i = SliceBegin(n, t, parts); i < end; ++i) {
-                const int* row = &ids[static_cast<size_t>(i) * k];
-                const int count = static_cast<int>(std::find(row, row + k, -1) - row);
-                FitPlaneNormal(xyz.data(), row, count, normals[i], nullptr, &solver);
-            }
-        },
-        kFitLines);
 }
 
 /// A point whose neighbours span no plane (duplicates, a line) takes the oriented
 /// normal of its nearest neighbour that has one, in index order.
-void FillMissingNormals(const std::vector<int>& ids, int k, std::vector<Vector3>& normals) {
+void FillMissingNormals(const NeighborRows& rows, int k, std::vector<Vector3>& normals) {
     const int n = static_cast<int>(normals.size());
     for (int i = 0; i < n; ++i) {
         if (normals[i].LengthSquared() > 0.0) continue;
         for (int t = 1; t < k; ++t) {
-            const int j = ids[static_cast<size_t>(i) * k + t];
+            const int j = rows.ids[static_cast<size_t>(i) * rows.stride + t];
             if (j >= 0 && normals[j].LengthSquared() > 0.0) {
                 normals[i] = normals[j];
                 break;
@@ -159,22 +170,19 @@ int ConsolidatePointCloud::_CalculatePointCloudNormal(IPointCloud* pointCloud,
             "another cloud");
     }
     const int k = std::min(n, neighborCount);
-    std::vector<int> ids;
-    int status = FindAllNeighbors(pointCloud, info, k, ids);
+    const std::vector<double> xyz = CopyCloudCoords(pointCloud);
+    std::vector<Vector3> normals;
+    NeighborRows rows;
+    const int status = FindAllNeighbors(pointCloud, info, k, xyz, &normals, rows);
     if (status != RESULT_OK) {
         return LogFailure(
             status, "ConsolidatePointCloud::CalculatePointCloudNormal: neighbor search failed ",
             status);
     }
-    const std::vector<double> xyz = CopyCloudCoords(pointCloud);
-    std::vector<Vector3> normals;
-    status = FitAllNormals(xyz, ids, k, normals);
-    if (status != RESULT_OK) return status;
-    SetProgress(0.6);
     const std::vector<Vector3> references = ScannerReferences(pointCloud, xyz, cameraDirection);
-    OrientNormals(xyz.data(), n, ids.data(), k, references.empty() ? nullptr : references.data(),
-                  normals);
-    FillMissingNormals(ids, k, normals);
+    OrientNormals(xyz.data(), n, rows.ids, k, rows.stride,
+                  references.empty() ? nullptr : references.data(), normals);
+    FillMissingNormals(rows, k, normals);
     SetProgress(0.9);
     WriteNormals(pointCloud, normals);
     SetProgress(1.0);
@@ -208,14 +216,14 @@ int ConsolidatePointCloud::OrientPointCloudNormal(IPointCloud* pointCloud,
     }
     const int k = std::min(n, neighborCount);
     PointCloudInfo info;
-    std::vector<int> ids;
-    const int status = FindAllNeighbors(pointCloud, info, k, ids);
+    const std::vector<double> xyz = CopyCloudCoords(pointCloud);
+    NeighborRows rows;
+    const int status = FindAllNeighbors(pointCloud, info, k, xyz, nullptr, rows);
     if (status != RESULT_OK) {
         return LogFailure(status,
                           "ConsolidatePointCloud::OrientPointCloudNormal: neighbor search failed ",
                           status);
     }
-    const std::vector<double> xyz = CopyCloudCoords(pointCloud);
     // Orient unit copies, so that long and short normals weigh alike, then flip the
     // originals that changed side.
     std::vector<Vector3> unit(static_cast<size_t>(n));
@@ -224,10 +232,9 @@ int ConsolidatePointCloud::OrientPointCloudNormal(IPointCloud* pointCloud,
         unit[i].Normalise();
     }
     const std::vector<Vector3> before = unit;
-    SetProgress(0.6);
     const std::vector<Vector3> references = ScannerReferences(pointCloud, xyz, cameraDirection);
-    OrientNormals(xyz.data(), n, ids.data(), k, references.empty() ? nullptr : references.data(),
-                  unit);
+    OrientNormals(xyz.data(), n, rows.ids, k, rows.stride,
+                  references.empty() ? nullptr : references.data(), unit);
     SetProgress(0.9);
     for (int i = 0; i < n; ++i) {
         if (unit[i] * before[i] < 0.0)
@@ -269,26 +276,23 @@ int UpdatePointCloudNormal(IPointCloud* pointCloud, int neighborCount) {
     if (n < 3) return LogFailure(RESULT_FAIL, "UpdatePointCloudNormal invalid pointCount: ", n);
     const int k = std::min(n, neighborCount);
     PointCloudInfo info;
-    std::vector<int> ids;
-    int status = FindAllNeighbors(pointCloud, info, k, ids);
+    const std::vector<double> xyz = CopyCloudCoords(pointCloud);
+    std::vector<Vector3> normals;
+    NeighborRows rows;
+    const int status = FindAllNeighbors(pointCloud, info, k, xyz, &normals, rows);
     if (status != RESULT_OK) {
         return LogFailure(status, "UpdatePointCloudNormal: neighbor search failed ", status);
     }
-    const std::vector<double> xyz = CopyCloudCoords(pointCloud);
-    std::vector<Vector3> normals;
-    status = FitAllNormals(xyz, ids, k, normals);
-    if (status != RESULT_OK) return status;
-    SetProgress(0.6);
     std::vector<Vector3> oldNormals(static_cast<size_t>(n));
     for (int i = 0; i < n; ++i) oldNormals[i] = pointCloud->GetPointNormal(i);
-    OrientNormals(xyz.data(), n, ids.data(), k, oldNormals.data(), normals);
+    OrientNormals(xyz.data(), n, rows.ids, k, rows.stride, oldNormals.data(), normals);
     // Where no plane is defined now, the old normal stays (made unit).
     for (int i = 0; i < n; ++i) {
         if (normals[i].LengthSquared() > 0.0) continue;
         Vector3 old = oldNormals[i];
         if (old.Normalise() > REAL_TOL) normals[i] = old;
     }
-    FillMissingNormals(ids, k, normals);
+    FillMissingNormals(rows, k, normals);
     SetProgress(0.9);
     WriteNormals(pointCloud, normals);
     SetProgress(1.0);

@@ -17,12 +17,12 @@ struct NeighborGraph {
     std::vector<int> ids;
 };
 
-NeighborGraph BuildSymmetricGraph(const int* neighborIds, int pointCount, int k) {
+NeighborGraph BuildSymmetricGraph(const int* neighborIds, int pointCount, int k, int stride) {
     NeighborGraph graph;
     graph.start.assign(static_cast<size_t>(pointCount) + 1, 0);
     auto forEachEdge = [&](auto&& visit) {
         for (int i = 0; i < pointCount; ++i) {
-            const int* row = neighborIds + static_cast<size_t>(i) * k;
+            const int* row = neighborIds + static_cast<size_t>(i) * stride;
             for (int t = 0; t < k; ++t) {
                 const int j = row[t];
                 if (j >= 0 && j < pointCount && j != i) visit(i, j);
@@ -148,6 +148,7 @@ void OrientNormals(const double* xyz,
                    int pointCount,
                    const int* neighborIds,
                    int neighborCount,
+                   int rowStride,
                    const Vector3* references,
                    std::vector<Vector3>& normals) {
     if (pointCount < 1) return;
@@ -165,7 +166,8 @@ void OrientNormals(const double* xyz,
     // With a clear reference everywhere (a known camera, a clean range image) no graph
     // is needed.
     if (static_cast<int>(sources.size()) == pointCount) return;
-    const NeighborGraph graph = BuildSymmetricGraph(neighborIds, pointCount, neighborCount);
+    const NeighborGraph graph =
+        BuildSymmetricGraph(neighborIds, pointCount, neighborCount, rowStride);
     ForestGrower grower(graph, normals, oriented);
     grower.Grow(sources);
 

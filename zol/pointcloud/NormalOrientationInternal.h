@@ -26,14 +26,16 @@ inline constexpr double kConfidentCosine = 0.2;
 ///    index, and in that case the whole part is then turned to face away from its
 ///    centroid on the whole (sum of n . (p - centroid) >= 0).
 /// \param[in] xyz 3 doubles per point.
-/// \param[in] neighborIds \p neighborCount ids per point, row by row (entry 0 is the
-///            point itself; negative ids are skipped).
+/// \param[in] neighborIds \p neighborCount ids per point, row by row, \p rowStride ids
+///            from one row to the next (entry 0 is the point itself; negative ids are
+///            skipped).
 /// \param[in] references one per point (zero for none); null for none at all.
 /// \param[in,out] normals one per point; zero normals are left as they are.
 void OrientNormals(const double* xyz,
                    int pointCount,
                    const int* neighborIds,
                    int neighborCount,
+                   int rowStride,
                    const Vector3* references,
                    std::vector<Vector3>& normals);
 

@@ -10,6 +10,7 @@
 #include <zol/runtime/AnnQueryOrderInternal.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
+#include <zol/runtime/NeighborBatchSearchInternal.h>
 #include <zol/runtime/ParallelInternal.h>
 
 namespace ZOL {
@@ -37,9 +38,9 @@ void PutSelfFirst(
     dists[0] = 0.0;
 }
 
-/// Task t of n: the selected points t, t + n, t + 2n, ... of the selection list,
-/// searched in batches on tree t when its copy is free, straight into their cache rows.
-/// Shuffled clouds are searched in spatial order; the rows written are the same.
+/// Task t of n: slice t of the selected points (already in search order), searched in
+/// batches on tree t when its copy is free, straight into their cache rows; each filled
+/// batch then goes to the visitor, if any.
 class FindNeighborsMT : public TaskBase {
 public:
     FindNeighborsMT(const AnnImpl* impl,
@@ -51,7 +52,8 @@ public:
                     int stride,
                     int* cacheIds,
                     double* cacheDists,
-                    int* filledCounts)
+                    int* filledCounts,
+                    NeighborBatchVisitor* visitor)
         : mpImpl(impl),
           mpCoords(coords),
           mpSelected(selected),
@@ -61,22 +63,18 @@ public:
           mStride(stride),
           mpCacheIds(cacheIds),
           mpCacheDists(cacheDists),
-          mpFilledCounts(filledCounts) {}
+          mpFilledCounts(filledCounts),
+          mpVisitor(visitor) {}
 
     void Run() override {
-        const std::vector<int>& selected = *mpSelected;
-        std::vector<int> points;
-        points.reserve(selected.size() / mThreadCount + 1);
-        for (size_t s = mThreadId; s < selected.size(); s += mThreadCount) {
-            points.push_back(selected[s]);
-        }
+        const std::vector<int>& points = *mpSelected;
         const double* coords = mpCoords->data();
-        const int total = static_cast<int>(points.size());
-        std::vector<int> order = CoherentQueryOrder(coords, 3, points.data(), 0, total);
-        if (!order.empty()) points.swap(order);
+        const int size = static_cast<int>(points.size());
+        const int begin = SliceBegin(size, mThreadId, mThreadCount);
+        const int end = SliceBegin(size, mThreadId + 1, mThreadCount);
         const AnnRows rows{coords, 3, mpCacheIds, mpCacheDists, mStride};
-        for (int first = 0; first < total; first += kAnnQueryBatch) {
-            const int count = std::min(kAnnQueryBatch, total - first);
+        for (int first = begin; first < end; first += kAnnQueryBatch) {
+            const int count = std::min(kAnnQueryBatch, end - first);
             mpImpl->SearchBatch(rows, points.data(), first, count, mK, mThreadId);
             for (int q = first; q < first + count; ++q) {
                 const int p = points[q];
@@ -85,6 +83,7 @@ public:
                              mpCacheDists + row, mK);
                 mpFilledCounts[p] = mK;
             }
+            if (mpVisitor) mpVisitor->Visit(mThreadId, points.data() + first, count);
         }
     }
 
@@ -99,6 +98,7 @@ private:
     int* mpCacheIds;
     double* mpCacheDists;
     int* mpFilledCounts;
+    NeighborBatchVisitor* mpVisitor;
 };
 
 }  // namespace
@@ -153,6 +153,13 @@ int PointCloudInfo::InitAnn(const IPointCloud* pointCloud, int neighborCount) {
 int PointCloudInfo::FindNearestNeighbors(int neighborCount,
                                          const IPointCloud* pointCloud,
                                          const std::vector<int>* selection) {
+    return FindNearestNeighbors(neighborCount, pointCloud, selection, nullptr);
+}
+
+int PointCloudInfo::FindNearestNeighbors(int neighborCount,
+                                         const IPointCloud* pointCloud,
+                                         const std::vector<int>* selection,
+                                         NeighborBatchVisitor* visitor) {
     if (!pointCloud) {
         return LogFailure(RESULT_INVALID_INPUT,
                           "PointCloudInfo::FindNearestNeighbors pointCloud is NULL");
@@ -189,6 +196,11 @@ int PointCloudInfo::FindNearestNeighbors(int neighborCount,
     PointCloudPointList pointList(pointCloud);
     CopyPointListCoords(&pointList, &coords);
 
+    // One spatial order for all queries, cut into one contiguous block per worker: each
+    // worker then walks only its own region of the tree.
+    std::vector<int> order =
+        CoherentQueryOrder(coords.data(), 3, selected.data(), 0, static_cast<int>(selected.size()));
+    if (!order.empty()) selected.swap(order);
     const int k = std::min(neighborCount, impl->GetPointCount());
     const int taskCount = ParallelTaskCount();
     mpAnn->mpImpl->EnsureTrees(taskCount);
@@ -197,7 +209,7 @@ int PointCloudInfo::FindNearestNeighbors(int neighborCount,
         [&](int t, int n) -> TaskBase* {
             return new FindNeighborsMT(impl, &coords, &selected, t, n, k, mNeighborCount,
                                        mNeighborIds.data(), mNeighborDistances.data(),
-                                       mFilledCounts.data());
+                                       mFilledCounts.data(), visitor);
         },
         {"FindNearestNeighbors", "FindNearestNeighbors: InsertTask FindNeighborsMT Failed"});
 }

@@ -11,6 +11,7 @@ namespace ZOL {
 
 class Ann;
 class IPointCloud;
+class NeighborBatchVisitor;
 
 /// Nearest-neighbour index of one cloud plus a per-point neighbour cache.
 ///
@@ -82,6 +83,14 @@ public:
     void Clear();
 
 private:
+    friend class NeighborBatchSearch;
+
+    /// FindNearestNeighbors that hands each batch of filled rows to \p visitor (may be
+    /// null) on the worker that filled it.
+    int FindNearestNeighbors(int neighborCount,
+                             const IPointCloud* pointCloud,
+                             const std::vector<int>* selection,
+                             NeighborBatchVisitor* visitor);
     void WidenCaches(int neighborCount);
     void ResizeCaches(int pointCount);
 
