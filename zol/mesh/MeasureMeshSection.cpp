@@ -27,6 +27,29 @@ bool OnMesh(const ITriMesh* triMesh, const std::vector<PointOnFace>& points) {
     return true;
 }
 
+// The checks of a section through a plane; RESULT_OK when they pass.
+int CheckPlaneSection(const char* name, const ITriMesh* triMesh, const Vector3& planeNormal) {
+    if (triMesh == nullptr) return LogFailure(RESULT_INVALID_INPUT, name, ": triMesh == NULL");
+    if (!UsableNormal(planeNormal)) {
+        return LogFailure(RESULT_INVALID_INPUT, name, ": invalid planeNormal");
+    }
+    return RESULT_OK;
+}
+
+// The checks of a section through points on the mesh; RESULT_OK when they pass.
+int CheckPointSection(const char* name,
+                      const ITriMesh* triMesh,
+                      const std::vector<PointOnFace>& sectionPoints) {
+    if (triMesh == nullptr) return LogFailure(RESULT_INVALID_INPUT, name, ": triMesh == NULL");
+    if (sectionPoints.size() < 2) {
+        return LogFailure(RESULT_INVALID_INPUT, name, ": sectionPoints size < 2");
+    }
+    if (!OnMesh(triMesh, sectionPoints)) {
+        return LogFailure(RESULT_INVALID_INPUT, name, ": triangle id out of range");
+    }
+    return RESULT_OK;
+}
+
 }  // namespace
 
 int MeasureMesh::ComputeSectionExact(const ITriMesh* triMesh,
@@ -40,15 +63,9 @@ int MeasureMesh::ComputeSectionExact(const ITriMesh* triMesh,
     SetProgress(0.0);
     DumpCall<DumpMeshMeasureSectionExact>(triMesh, planePoint, planeNormal,
                                           convexHull);  // dump hook
-    if (triMesh == nullptr) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionExact: triMesh == NULL");
-    }
-    if (!UsableNormal(planeNormal)) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionExact: invalid planeNormal");
-    }
-    return NotAvailable(Unavailable::MeasureMesh_ComputeSectionExact);
+    const int status = CheckPlaneSection("MeasureMesh::ComputeSectionExact", triMesh, planeNormal);
+    return status != RESULT_OK ? status
+                               : NotAvailable(Unavailable::MeasureMesh_ComputeSectionExact);
 }
 
 int MeasureMesh::ComputeSectionExact(const ITriMesh* triMesh,
@@ -59,19 +76,10 @@ int MeasureMesh::ComputeSectionExact(const ITriMesh* triMesh,
     (void)curvePoints;
     SetProgress(0.0);
     DumpCall<DumpMeshMeasureSectionExact>(triMesh, sectionPoints);  // dump hook
-    if (triMesh == nullptr) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionExact: triMesh == NULL");
-    }
-    if (sectionPoints.size() < 2) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionExact: sectionPoints size < 2");
-    }
-    if (!OnMesh(triMesh, sectionPoints)) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionExact: triangle id out of range");
-    }
-    return NotAvailable(Unavailable::MeasureMesh_ComputeSectionExact);
+    const int status =
+        CheckPointSection("MeasureMesh::ComputeSectionExact", triMesh, sectionPoints);
+    return status != RESULT_OK ? status
+                               : NotAvailable(Unavailable::MeasureMesh_ComputeSectionExact);
 }
 
 int MeasureMesh::ComputeSectionApproximate(const ITriMesh* triMesh,
@@ -85,15 +93,10 @@ int MeasureMesh::ComputeSectionApproximate(const ITriMesh* triMesh,
     SetProgress(0.0);
     DumpCall<DumpMeshMeasureSectionApproximate>(triMesh, planePoint, planeNormal,
                                                 convexHull);  // dump hook
-    if (triMesh == nullptr) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionApproximate: triMesh == NULL");
-    }
-    if (!UsableNormal(planeNormal)) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionApproximate: invalid planeNormal");
-    }
-    return NotAvailable(Unavailable::MeasureMesh_ComputeSectionApproximate);
+    const int status =
+        CheckPlaneSection("MeasureMesh::ComputeSectionApproximate", triMesh, planeNormal);
+    return status != RESULT_OK ? status
+                               : NotAvailable(Unavailable::MeasureMesh_ComputeSectionApproximate);
 }
 
 int MeasureMesh::ComputeSectionApproximate(const ITriMesh* triMesh,
@@ -104,19 +107,10 @@ int MeasureMesh::ComputeSectionApproximate(const ITriMesh* triMesh,
     (void)curvePoints;
     SetProgress(0.0);
     DumpCall<DumpMeshMeasureSectionApproximate>(triMesh, sectionPoints);  // dump hook
-    if (triMesh == nullptr) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionApproximate: triMesh == NULL");
-    }
-    if (sectionPoints.size() < 2) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionApproximate: sectionPoints size < 2");
-    }
-    if (!OnMesh(triMesh, sectionPoints)) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "MeasureMesh::ComputeSectionApproximate: triangle id out of range");
-    }
-    return NotAvailable(Unavailable::MeasureMesh_ComputeSectionApproximate);
+    const int status =
+        CheckPointSection("MeasureMesh::ComputeSectionApproximate", triMesh, sectionPoints);
+    return status != RESULT_OK ? status
+                               : NotAvailable(Unavailable::MeasureMesh_ComputeSectionApproximate);
 }
 
 int MeasureMesh::ComputePrincipalCurvature(const ITriMesh* triMesh,

@@ -29,6 +29,34 @@ bool CornersFit(const ITriMesh* triMesh, const std::vector<Vector2>& cornerTexCo
            3 * static_cast<std::int64_t>(triMesh->GetTriangleCount());
 }
 
+// The checks of the two texture tunings, which differ only in what carries the colours:
+// a mesh, three corners per triangle, one colour per vertex (\p perVertex) or per
+// triangle, and an image of the given size. RESULT_OK when they pass.
+int CheckTextureTuning(const char* name,
+                       const ITriMesh* triMesh,
+                       const std::vector<Vector2>& cornerTexCoords,
+                       std::size_t colorCount,
+                       bool perVertex,
+                       int imageWidth,
+                       int imageHeight,
+                       std::size_t pixels) {
+    if (triMesh == nullptr) return LogFailure(RESULT_INVALID_INPUT, name, ": triMesh == NULL");
+    if (!CornersFit(triMesh, cornerTexCoords)) {
+        return LogFailure(RESULT_INVALID_INPUT, name,
+                          ": cornerTexCoords size != 3 * triangleCount");
+    }
+    const int expected = perVertex ? triMesh->GetVertexCount() : triMesh->GetTriangleCount();
+    if (colorCount != static_cast<std::size_t>(expected)) {
+        return LogFailure(RESULT_INVALID_INPUT, name,
+                          perVertex ? ": vertexColors size != vertexCount"
+                                    : ": triangleColors size != triangleCount");
+    }
+    if (!ImageFits(imageWidth, imageHeight, pixels)) {
+        return LogFailure(RESULT_INVALID_INPUT, name, ": invalid image size");
+    }
+    return RESULT_OK;
+}
+
 }  // namespace
 
 int IntrinsicColor::TuneMeshColorFromMultiPatch(const ITriMesh* triMesh,
@@ -80,22 +108,10 @@ int IntrinsicColor::TuneTextureImageByVertexColor(const ITriMesh* triMesh,
     SetProgress(0.0);
     DumpCall<DumpTuneTextureImageByVertexColor>(triMesh, cornerTexCoords, vertexColors, imageWidth,
                                                 imageHeight, imageData);  // dump hook
-    if (triMesh == nullptr) {
-        return LogFailure(RESULT_INVALID_INPUT, "TuneTextureImageByVertexColor: triMesh == NULL");
-    }
-    if (!CornersFit(triMesh, cornerTexCoords)) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "TuneTextureImageByVertexColor: cornerTexCoords size != 3 * "
-                          "triangleCount");
-    }
-    if (vertexColors.size() != static_cast<std::size_t>(triMesh->GetVertexCount())) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "TuneTextureImageByVertexColor: vertexColors size != vertexCount");
-    }
-    if (!ImageFits(imageWidth, imageHeight, imageData.size())) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "TuneTextureImageByVertexColor: invalid image size");
-    }
+    const int status =
+        CheckTextureTuning("TuneTextureImageByVertexColor", triMesh, cornerTexCoords,
+                           vertexColors.size(), true, imageWidth, imageHeight, imageData.size());
+    if (status != RESULT_OK) return status;
     return NotAvailable(Unavailable::IntrinsicColor_TuneTextureImageByVertexColor);
 }
 
@@ -108,20 +124,10 @@ int IntrinsicColor::TuneImageByTriangleColor(const ITriMesh* triMesh,
     SetProgress(0.0);
     DumpCall<DumpTuneImageByTriangleColor>(triMesh, cornerTexCoords, triangleColors, imageWidth,
                                            imageHeight, imageData);  // dump hook
-    if (triMesh == nullptr) {
-        return LogFailure(RESULT_INVALID_INPUT, "TuneImageByTriangleColor: triMesh == NULL");
-    }
-    if (!CornersFit(triMesh, cornerTexCoords)) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "TuneImageByTriangleColor: cornerTexCoords size != 3 * triangleCount");
-    }
-    if (triangleColors.size() != static_cast<std::size_t>(triMesh->GetTriangleCount())) {
-        return LogFailure(RESULT_INVALID_INPUT,
-                          "TuneImageByTriangleColor: triangleColors size != triangleCount");
-    }
-    if (!ImageFits(imageWidth, imageHeight, imageData.size())) {
-        return LogFailure(RESULT_INVALID_INPUT, "TuneImageByTriangleColor: invalid image size");
-    }
+    const int status =
+        CheckTextureTuning("TuneImageByTriangleColor", triMesh, cornerTexCoords,
+                           triangleColors.size(), false, imageWidth, imageHeight, imageData.size());
+    if (status != RESULT_OK) return status;
     return NotAvailable(Unavailable::IntrinsicColor_TuneImageByTriangleColor);
 }
 
