@@ -24,7 +24,7 @@ int AcquireAnnLibraryCopies(int wanted);
 /// The lock that every build, search and release through copy \p copy holds.
 std::mutex& AnnLibraryCopyLock(int copy);
 
-/// Builds a kd-tree (bucket size 16, suggested split rule) over \p rows through copy
+/// Builds a kd-tree (bucket size 24, suggested split rule) over \p rows through copy
 /// \p copy, under its lock. The rows are only read and must outlive the tree.
 /// \return the tree, or null when it cannot be built (no memory).
 ANNkd_tree* BuildAnnTreeInCopy(int copy, double** rows, int count, int dim);
