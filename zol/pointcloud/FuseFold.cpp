@@ -1,6 +1,6 @@
 // The passes of a fusion update. Mapping divides and hashes every point once, in slices
 // on the workers; folding then reads the mapped cells, so a worker spends nothing on the
-// points of other workers' shards beyond one look at their record.
+// points of other workers' shards beyond one look at their code byte.
 #include <zol/pointcloud/FuseFoldInternal.h>
 
 #include <algorithm>
@@ -19,8 +19,10 @@ namespace {
 const int kThreadedMinimum = 1 << 15;
 // The first cell index that no longer fits an int.
 const double kIndexLimit = 2147483648.0;
-// How far ahead of its use a point's slot is asked for; its cell is asked for half-way.
-const int kAhead = 16;
+// How many runs a folding worker looks up at once: their slots, then their cells, are
+// asked for together so that many misses are under way at a time, and the batch's lines
+// still sit in the first-level cache when it is folded.
+const int kBatch = 128;
 
 const ParallelLines kFuseLines = {
     "FusePointCloud::UpdateFuseFunction",
@@ -47,8 +49,15 @@ struct SliceMap {
     std::size_t shardRuns[FuseTree::kShardCount] = {};
 };
 
-// Maps points [first, last) and stops at the first one refused.
-void MapSlice(const FuseSource& src, int first, int last, FusePointCell* out, SliceMap& slice) {
+// Maps points [first, last) and stops at the first one refused. A run starts at the
+// slice's first point, so that slices need not see each other's points.
+void MapSlice(const FuseSource& src,
+              int first,
+              int last,
+              std::uint8_t* codes,
+              FusePointCell* out,
+              SliceMap& slice) {
+    FuseCellKey previous{-1, -1, -1};
     for (int i = first; i < last; ++i) {
         const Vector3 p = src.Point(i);
         if (!IsFinite(p)) {
@@ -66,81 +75,117 @@ void MapSlice(const FuseSource& src, int first, int last, FusePointCell* out, Sl
             q[a] = (p[a] - src.origin[a]) / src.h[a];
             inside = inside && q[a] >= 0.0 && q[a] < kIndexLimit;
         }
-        FusePointCell& cell = out[i];
         if (!inside) {
-            cell.key = FuseCellKey{-1, -1, -1};
-            cell.hash = 0;
+            codes[i] = kFuseDropped;
+            previous = FuseCellKey{-1, -1, -1};
             continue;
         }
-        cell.key =
-            FuseCellKey{static_cast<int>(q[0]), static_cast<int>(q[1]), static_cast<int>(q[2])};
-        cell.hash = FuseTree::Hash(cell.key);
-        if (i == first || !(out[i - 1].key == cell.key))
-            ++slice.shardRuns[FuseTree::ShardOf(cell.hash)];
+        const FuseCellKey key{static_cast<int>(q[0]), static_cast<int>(q[1]),
+                              static_cast<int>(q[2])};
+        if (key == previous) {
+            codes[i] = kFuseSameCell;
+            continue;
+        }
+        const std::uint64_t hash = FuseTree::Hash(key);
+        const int shard = FuseTree::ShardOf(hash);
+        codes[i] = static_cast<std::uint8_t>(shard);
+        out[i] = FusePointCell{key, hash};
+        ++slice.shardRuns[shard];
+        previous = key;
     }
 }
 
-// Folds the points whose cells lie in shards [first, last), in point order.
+// A run of points [begin, end) in one cell of the worker's shards, and the cell that the
+// slots suggest for it (-1: none yet).
+struct FoldRun {
+    int begin;
+    int end;
+    int shard;
+    int id;
+};
+
+// Folds points [begin, end) into \p cell (and its attribute \p values); \p inserted
+// when the cell is new, so that its first point sets it.
+void FoldRunPoints(const FuseSource& src,
+                   int m,
+                   FuseCell* cell,
+                   double* values,
+                   bool inserted,
+                   int begin,
+                   int end) {
+    const bool fuseNormal = src.normals != nullptr;
+    if (inserted) {
+        cell->position = src.Point(begin);
+        if (fuseNormal) FuseCellStore::NormalOf(cell) = src.Normal(begin);
+        cell->weight = 1;
+        for (int k = 0; k < m; ++k)
+            values[k] = src.attributes[static_cast<std::size_t>(begin) * m + k];
+        ++begin;
+    }
+    for (int i = begin; i < end; ++i) {
+        const double w = static_cast<double>(cell->weight);
+        const double W = w + 1.0;
+        cell->position = (cell->position * w + src.Point(i)) / W;
+        for (int k = 0; k < m; ++k)
+            values[k] = (w * values[k] + src.attributes[static_cast<std::size_t>(i) * m + k]) / W;
+        ++cell->weight;
+        if (fuseNormal) {
+            // Weighted by the weight after the increment; an opposite normal is flipped
+            // before it is added.
+            const Vector3 nu = src.Normal(i);
+            Vector3& normal = FuseCellStore::NormalOf(cell);
+            normal = normal * nu < 0.0 ? normal * W - nu : normal * W + nu;
+            normal.Normalise();
+        }
+    }
+}
+
+// Folds the points whose cells lie in shards [first, last), in point order, a batch of
+// runs at a time: gather the runs and ask for their slots, read the slots and ask for the
+// cells they suggest, then fold each run into its (checked) cell.
 void FoldShards(const FuseSource& src,
+                const std::uint8_t* codes,
                 const FusePointCell* at,
                 int pointCount,
                 FuseTree& tree,
                 int first,
                 int last) {
     const int m = tree.AttributeCount();
-    const bool fuseNormal = src.normals != nullptr;
-    auto ownerOf = [first, last](const FusePointCell& c) {
-        const int s = FuseTree::ShardOf(c.hash);
-        return c.key.ix >= 0 && s >= first && s < last ? s : -1;
-    };
-    // Consecutive points of a scan mostly share a cell: the last cell is kept at hand,
-    // and a point in the same cell as its predecessor is not looked up ahead either.
-    FuseCellKey lastKey{-1, -1, -1};
-    FuseCell* cell = nullptr;
-    double* values = nullptr;
-    for (int i = 0; i < pointCount; ++i) {
-        if (i + kAhead < pointCount && at[i + kAhead].hash != at[i + kAhead - 1].hash) {
-            const int s = ownerOf(at[i + kAhead]);
-            if (s >= 0) tree.shards[s].PrefetchSlot(at[i + kAhead].hash);
+    FoldRun runs[kBatch];
+    int i = 0;
+    while (i < pointCount) {
+        int n = 0;
+        while (i < pointCount && n < kBatch) {
+            const int code = codes[i];
+            if (code < first || code >= last) {
+                ++i;
+                continue;
+            }
+            int end = i + 1;
+            while (end < pointCount && codes[end] == kFuseSameCell) ++end;
+            runs[n++] = FoldRun{i, end, code, -1};
+            tree.shards[code].PrefetchSlot(at[i].hash);
+            i = end;
         }
-        const int half = i + kAhead / 2;
-        if (half < pointCount && at[half].hash != at[half - 1].hash) {
-            const int s = ownerOf(at[half]);
-            if (s >= 0) tree.shards[s].PrefetchCell(at[half].hash);
+        for (int k = 0; k < n; ++k) {
+            const FuseShard& shard = tree.shards[runs[k].shard];
+            runs[k].id = shard.Candidate(at[runs[k].begin].hash);
+#if defined(__GNUC__)
+            if (runs[k].id >= 0) __builtin_prefetch(shard.cells.At(runs[k].id));
+#endif
         }
-        const FusePointCell& here = at[i];
-        if (here.key.ix < 0) continue;
-        bool inserted = false;
-        if (!(here.key == lastKey)) {
-            const int s = ownerOf(here);
-            if (s < 0) continue;
-            FuseShard& shard = tree.shards[s];
-            const int id = shard.FindOrInsert(here.key, here.hash, inserted);
-            cell = shard.cells.At(id);
-            values = m > 0 ? shard.attributes.At(id) : nullptr;
-            lastKey = here.key;
-        }
-        const Vector3 p = src.Point(i);
-        const Vector3 nu = fuseNormal ? src.Normal(i) : Vector3(0.0, 0.0, 0.0);
-        const double* a = m > 0 ? src.attributes + static_cast<std::size_t>(i) * m : nullptr;
-        if (inserted) {
-            cell->position = p;
-            if (fuseNormal) FuseCellStore::NormalOf(cell) = nu;
-            cell->weight = 1;
-            for (int k = 0; k < m; ++k) values[k] = a[k];
-            continue;
-        }
-        const double w = static_cast<double>(cell->weight);
-        const double W = w + 1.0;
-        cell->position = (cell->position * w + p) / W;
-        for (int k = 0; k < m; ++k) values[k] = (w * values[k] + a[k]) / W;
-        ++cell->weight;
-        if (fuseNormal) {
-            // Weighted by the weight after the increment; an opposite normal is flipped
-            // before it is added.
-            Vector3& normal = FuseCellStore::NormalOf(cell);
-            normal = normal * nu < 0.0 ? normal * W - nu : normal * W + nu;
-            normal.Normalise();
+        for (int k = 0; k < n; ++k) {
+            const FoldRun& run = runs[k];
+            const FusePointCell& here = at[run.begin];
+            FuseShard& shard = tree.shards[run.shard];
+            int id = run.id;
+            bool inserted = false;
+            // A matching tag with another key, or a cell inserted earlier in this batch,
+            // takes the full lookup.
+            if (id < 0 || !(shard.cells.At(id)->key == here.key))
+                id = shard.FindOrInsert(here.key, here.hash, inserted);
+            FoldRunPoints(src, m, shard.cells.At(id), m > 0 ? shard.attributes.At(id) : nullptr,
+                          inserted, run.begin, run.end);
         }
     }
 }
@@ -150,10 +195,11 @@ void FoldShards(const FuseSource& src,
 FuseMapResult MapFusePoints(const FuseSource& src, int pointCount, FuseTree& tree) {
     FuseMapResult result;
     const int taskCount = pointCount < kThreadedMinimum ? 1 : ParallelTaskCount(pointCount);
+    std::uint8_t* codes = tree.pointCodes.Get(static_cast<std::size_t>(pointCount));
     FusePointCell* out = tree.pointCells.Get(static_cast<std::size_t>(pointCount));
     std::vector<SliceMap> slices(taskCount);
     result.status = RunSlices(taskCount, [&](int t, int n) {
-        MapSlice(src, SliceBegin(pointCount, t, n), SliceBegin(pointCount, t + 1, n), out,
+        MapSlice(src, SliceBegin(pointCount, t, n), SliceBegin(pointCount, t + 1, n), codes, out,
                  slices[t]);
     });
     if (result.status != RESULT_OK) return result;
@@ -174,6 +220,7 @@ int FoldFusePoints(const FuseSource& src,
                    const FuseMapResult& map,
                    FuseTree& tree) {
     const int taskCount = pointCount < kThreadedMinimum ? 1 : ParallelTaskCount(pointCount);
+    const std::uint8_t* codes = tree.pointCodes.Data();
     const FusePointCell* at = tree.pointCells.Data();
     return RunSlices(std::min(taskCount, FuseTree::kShardCount), [&](int t, int n) {
         const int first = SliceBegin(FuseTree::kShardCount, t, n);
@@ -181,14 +228,15 @@ int FoldFusePoints(const FuseSource& src,
         for (int s = first; s < last; ++s) {
             tree.shards[s].Reserve(tree.shards[s].cells.size() + map.shardRuns[s]);
         }
-        FoldShards(src, at, pointCount, tree, first, last);
+        FoldShards(src, codes, at, pointCount, tree, first, last);
     });
 }
 
 void LogDroppedPoints(const FuseTree& tree, int pointCount) {
-    const FusePointCell* at = tree.pointCells.Data();
+    const std::uint8_t* codes = tree.pointCodes.Data();
     for (int i = 0; i < pointCount; ++i) {
-        if (at[i].key.ix < 0) LogLine("FusePointCloud::UpdateFuseFunction: point is out of range");
+        if (codes[i] == kFuseDropped)
+            LogLine("FusePointCloud::UpdateFuseFunction: point is out of range");
     }
 }
 

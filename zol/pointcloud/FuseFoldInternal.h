@@ -48,8 +48,8 @@ struct FuseMapResult {
     std::vector<std::size_t> shardRuns;
 };
 
-/// Pass 1: checks every point and writes its cell into tree.pointCells, on the workers
-/// for large updates. No cell changes.
+/// Pass 1: checks every point and writes its code, and the cell of each run start, into
+/// tree.pointCodes and tree.pointCells, on the workers for large updates. No cell changes.
 FuseMapResult MapFusePoints(const FuseSource& src, int pointCount, FuseTree& tree);
 
 /// Pass 2: folds every mapped point into its cell; each worker owns a run of shards and

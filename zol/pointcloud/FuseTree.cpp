@@ -16,8 +16,6 @@ const std::size_t kFirstSlotCount = 64;
 const std::size_t kHugePage = std::size_t(2) << 20;
 const std::size_t kCacheLine = 64;
 
-std::uint32_t TagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash); }
-
 }  // namespace
 
 void* AllocateLarge(std::size_t bytes) {
@@ -107,23 +105,6 @@ int FuseShard::FindOrInsert(const FuseCellKey& key, std::uint64_t hash, bool& in
             return static_cast<int>(slot.ref - 1);
         }
     }
-}
-
-void FuseShard::PrefetchCell(std::uint64_t hash) const {
-#if defined(__GNUC__)
-    if (mSlots == nullptr) return;
-    const std::uint32_t tag = TagOf(hash);
-    for (std::uint64_t s = hash & mMask;; s = (s + 1) & mMask) {
-        const Slot& slot = mSlots[s];
-        if (slot.ref == 0) return;
-        if (slot.tag == tag) {
-            __builtin_prefetch(cells.At(slot.ref - 1));
-            return;
-        }
-    }
-#else
-    (void)hash;
-#endif
 }
 
 void FuseShard::Reserve(std::size_t cellCount) {

@@ -67,13 +67,19 @@ struct FuseNormalCell {
 };
 static_assert(sizeof(FuseCell) == 40 && sizeof(FuseNormalCell) == 64, "packed cells");
 
-/// Where one point of an update falls, worked out once by the checking pass so that the
-/// folding workers neither divide nor hash again: its cell (ix -1 when the point is
-/// dropped by the range rule) and that cell's hash.
+/// The cell of a point that starts a run of points in one cell, worked out once by the
+/// checking pass so that the folding workers neither divide nor hash again.
 struct FusePointCell {
     FuseCellKey key;
     std::uint64_t hash;
 };
+
+/// What the checking pass tells the folding workers about each point, in one byte so
+/// that a worker passes over the points of other workers' shards cheaply: below
+/// FuseTree::kShardCount, the point starts a run of points in one cell of that shard
+/// (its FusePointCell is written); otherwise it continues the run before it, or the
+/// range rule dropped it.
+enum FusePointCode : std::uint8_t { kFuseSameCell = 0x40, kFuseDropped = 0x80 };
 
 /// An array of trivially copyable T that keeps its memory between uses and is never
 /// zero-filled: every use writes the elements before reading them.
@@ -265,9 +271,17 @@ public:
         (void)hash;
 #endif
     }
-    /// Asks for the cell that the slots suggest for \p hash (by tag only; a wrong guess
-    /// costs one useless fetch).
-    void PrefetchCell(std::uint64_t hash) const;
+    /// \return the index of the first cell on the probe run of \p hash whose tag matches,
+    ///         or -1 when the run ends first: the cell of \p hash when it exists, by tag
+    ///         only, so a caller compares the key before it trusts the answer.
+    int Candidate(std::uint64_t hash) const {
+        if (mSlots == nullptr) return -1;
+        const std::uint32_t tag = TagOf(hash);
+        for (std::uint64_t s = hash & mMask;; s = (s + 1) & mMask) {
+            if (mSlots[s].ref == 0) return -1;
+            if (mSlots[s].tag == tag) return static_cast<int>(mSlots[s].ref - 1);
+        }
+    }
 
     FuseCellStore cells;
     FuseBlocks<double> attributes;  ///< attributeCount values per cell
@@ -277,6 +291,7 @@ private:
     // alone, and the bits above the mask tell most keys of one probe run apart without
     // reading their cells. An all-zero slot is empty, so fresh zero pages are a ready
     // table.
+    static std::uint32_t TagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash); }
     struct Slot {
         std::uint32_t tag;
         std::uint32_t ref;  ///< the cell index + 1; 0 for an empty slot
@@ -341,7 +356,8 @@ public:
     /// updates so that a series of clouds touches their pages once.
     std::vector<double> coordCopy;
     std::vector<double> normalCopy;
-    /// The cell of every point of the current update.
+    /// The code of every point of the current update, and the cell of each run start.
+    FuseScratch<std::uint8_t> pointCodes;
     FuseScratch<FusePointCell> pointCells;
 
 private:
