@@ -106,7 +106,7 @@ TEST(PointCloud, InvalidateMovesTheLastPointIntoTheHole) {
     ExpectMapsConsistent(cloud);
 }
 
-TEST(PointCloud, SwapAndPopbackKeepTheMapsConsistentAndCopiesAreDeep) {
+TEST(PointCloud, SwapPopbackAndResizeKeepTheMapsConsistentAndCopiesAreDeep) {
     PointCloud cloud(true, false, false);
     cloud.InitGrid(5, 4);
     for (int c = 0; c < 20; c += 2) cloud.SetGridCoord(c % 5, c / 5, Vector3(c, 0, 0));
@@ -126,6 +126,16 @@ TEST(PointCloud, SwapAndPopbackKeepTheMapsConsistentAndCopiesAreDeep) {
     cloud.PopbackPoints(4);
     EXPECT_EQ(cloud.GetPointCount(), 7);
     EXPECT_EQ(cloud.GetValidGridCount(), 7);
+    ExpectMapsConsistent(cloud);
+    // Resizing shrinks like popping and grows by cell-less points at the origin.
+    cloud.ResizePoint(5);
+    EXPECT_EQ(cloud.GetValidGridCount(), 5);
+    ExpectMapsConsistent(cloud);
+    cloud.ResizePoint(7);
+    ASSERT_EQ(cloud.GetPointCount(), 7);
+    EXPECT_EQ(cloud.GetPointCoord(6), Vector3(0, 0, 0));
+    EXPECT_EQ(cloud.GetPointNormal(6), Vector3(0, 0, 0));
+    EXPECT_EQ(cloud.GetPointGridId(6), -1);
     ExpectMapsConsistent(cloud);
     // Clear empties the cells but keeps the grid's size; popping more is clamped.
     cloud.Clear();

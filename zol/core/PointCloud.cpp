@@ -200,6 +200,15 @@ void PointCloud::ReservePoint(int count) {
     AdviseHugePages(mColors.data(), mColors.capacity() * sizeof(Vector3));
 }
 
+void PointCloud::ResizePoint(int count) {
+    const size_t n = count > 0 ? static_cast<size_t>(count) : 0;
+    if (n < mCoords.size()) PopbackPoints(static_cast<int>(mCoords.size() - n));
+    mCoords.resize(n);
+    if (mHasNormal) mNormals.resize(n);
+    if (mHasColor) mColors.resize(n);
+    if (mHasGridTopology) mPointToGrid.resize(n, -1);
+}
+
 bool PointCloud::HasGridTopology() const { return mHasGridTopology; }
 
 void PointCloud::ClearGridTopologyInfo() {

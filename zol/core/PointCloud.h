@@ -98,6 +98,10 @@ public:
 
     /// Reserves room for \p count points in every array in use.
     void ReservePoint(int count);
+    /// Sets the number of points to \p count (0 when negative): points from \p count on
+    /// are removed and their grid cells emptied; new points sit at the origin with zero
+    /// normal and colour and no cell.
+    void ResizePoint(int count);
 
     // Grid topology
     bool HasGridTopology() const;

@@ -7,6 +7,7 @@
 
 #include <zol/core/IPointCloud.h>
 #include <zol/core/PointCloud.h>
+#include <zol/runtime/BulkMemoryInternal.h>
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/ParallelInternal.h>
 
@@ -81,8 +82,21 @@ void ReadOutCells(const FuseTree& tree,
     if (plain) plain->ReservePoint(static_cast<int>(count));
     const int taskCount = count < kThreadedMinimum ? 1 : ParallelTaskCount();
     if (plain && taskCount > 1) {
-        for (std::size_t i = 0; i < count; ++i)
-            plain->PointCloud::InsertPoint(Vector3(), Vector3());
+        // The output is laid out at once, its pages first faulted in on the workers: in a
+        // virtual machine the first touch of fresh memory is most of an extraction, and
+        // two threads fault about 1.7x as fast as one.
+        const std::size_t bytes = count * sizeof(Vector3);
+        ParallelFor(
+            taskCount,
+            [&](int t, int n) {
+                const std::size_t first = bytes * t / n, last = bytes * (t + 1) / n;
+                const char* coords = reinterpret_cast<const char*>(plain->GetPointCoordData());
+                PrefaultPages(coords + first, last - first);
+                if (const Vector3* normals = plain->GetPointNormalData())
+                    PrefaultPages(reinterpret_cast<const char*>(normals) + first, last - first);
+            },
+            kExtractLines);
+        plain->ResizePoint(static_cast<int>(count));
         const std::size_t base = pointAttributes ? pointAttributes->size() : 0;
         if (m > 0) pointAttributes->resize(base + count * m);
         double* values = m > 0 ? pointAttributes->data() + base : nullptr;

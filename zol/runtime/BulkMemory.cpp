@@ -28,6 +28,19 @@ void AdviseHugePages(void* data, std::size_t bytes) {
 #endif
 }
 
+void PrefaultPages(const void* data, std::size_t bytes) {
+#if defined(__linux__) && defined(MADV_POPULATE_WRITE)
+    const std::uintptr_t page = 4096;
+    const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(data) + page - 1) & ~(page - 1);
+    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(data) + bytes) & ~(page - 1);
+    if (data != nullptr && begin < end)
+        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
+#else
+    (void)data;
+    (void)bytes;
+#endif
+}
+
 char* AllocateBulk(std::size_t bytes) {
 #if defined(__linux__)
     if (bytes >= kBulkBytes) {

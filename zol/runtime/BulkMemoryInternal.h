@@ -15,6 +15,12 @@ inline constexpr std::size_t kBulkBytes = std::size_t(4) << 20;
 /// kBulkBytes, off Linux, or where the kernel declines.
 void AdviseHugePages(void* data, std::size_t bytes);
 
+/// Faults the whole pages inside [\p data, \p data + \p bytes) in for writing now, their
+/// contents unchanged, so that a later pass over them takes no faults. Workers may each
+/// fault a part of one buffer: a virtual machine serves faults on several threads at once
+/// far faster than on one. Only advice, like AdviseHugePages.
+void PrefaultPages(const void* data, std::size_t bytes);
+
 /// \p bytes of uninitialised memory, mapped directly and advised for huge pages from
 /// kBulkBytes on, else from operator new[]. \throw std::bad_alloc when there is none.
 char* AllocateBulk(std::size_t bytes);
