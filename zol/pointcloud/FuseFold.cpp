@@ -89,7 +89,7 @@ void MapSlice(const FuseSource& src,
         const std::uint64_t hash = FuseTree::Hash(key);
         const int shard = FuseTree::ShardOf(hash);
         codes[i] = static_cast<std::uint8_t>(shard);
-        out[i] = FusePointCell{key, hash};
+        out[i] = FusePointCell{key, static_cast<std::uint32_t>(hash)};
         ++slice.shardRuns[shard];
         previous = key;
     }

@@ -68,11 +68,13 @@ struct FuseNormalCell {
 static_assert(sizeof(FuseCell) == 40 && sizeof(FuseNormalCell) == 64, "packed cells");
 
 /// The cell of a point that starts a run of points in one cell, worked out once by the
-/// checking pass so that the folding workers neither divide nor hash again.
+/// checking pass so that the folding workers neither divide nor hash again: its key and
+/// the low half of its hash, all that the slots use (the shard is in the point's code).
 struct FusePointCell {
     FuseCellKey key;
-    std::uint64_t hash;
+    std::uint32_t hash;
 };
+static_assert(sizeof(FusePointCell) == 16, "packed point cells");
 
 /// What the checking pass tells the folding workers about each point, in one byte so
 /// that a worker passes over the points of other workers' shards cheaply: below
