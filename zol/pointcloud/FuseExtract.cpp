@@ -86,16 +86,14 @@ void ReadOutCells(const FuseTree& tree,
         // virtual machine the first touch of fresh memory is most of an extraction, and
         // two threads fault about 1.7x as fast as one.
         const std::size_t bytes = count * sizeof(Vector3);
-        ParallelFor(
-            taskCount,
-            [&](int t, int n) {
-                const std::size_t first = bytes * t / n, last = bytes * (t + 1) / n;
-                const char* coords = reinterpret_cast<const char*>(plain->GetPointCoordData());
-                PrefaultPages(coords + first, last - first);
-                if (const Vector3* normals = plain->GetPointNormalData())
-                    PrefaultPages(reinterpret_cast<const char*>(normals) + first, last - first);
-            },
-            kExtractLines);
+        auto prefault = [&](int t, int n) {
+            const std::size_t first = bytes * t / n, last = bytes * (t + 1) / n;
+            const char* coords = reinterpret_cast<const char*>(plain->GetPointCoordData());
+            PrefaultPages(coords + first, last - first);
+            if (const Vector3* normals = plain->GetPointNormalData())
+                PrefaultPages(reinterpret_cast<const char*>(normals) + first, last - first);
+        };
+        const bool workers = ParallelFor(taskCount, prefault, kExtractLines) == RESULT_OK;
         plain->ResizePoint(static_cast<int>(count));
         const std::size_t base = pointAttributes ? pointAttributes->size() : 0;
         if (m > 0) pointAttributes->resize(base + count * m);
@@ -105,8 +103,8 @@ void ReadOutCells(const FuseTree& tree,
             FillSlice(in, count * t / n, count * (t + 1) / n, *plain, fuseNormal, values, m);
             done[static_cast<std::size_t>(t)] = 1;
         };
-        // Slices the workers could not take (their failure is logged) are filled here.
-        if (ParallelFor(taskCount, body, kExtractLines) == RESULT_OK) return;
+        // Slices the workers could not take (their failure is logged, once) are filled here.
+        if (workers && ParallelFor(taskCount, body, kExtractLines) == RESULT_OK) return;
         for (int t = 0; t < taskCount; ++t) {
             if (!done[static_cast<std::size_t>(t)]) body(t, taskCount);
         }
