@@ -175,7 +175,7 @@ public:
     FlatCells() : mTable(1024) {}
     FlatCell& FindOrInsert(std::uint64_t key) {
         if (4 * (mSize + 1) > 3 * mTable.size()) Grow();
-        FlatCell& cell = Probe(mTable, key);
+        FlatCell& cell = Probe(mTable, mShift, key);
         if (cell.key == FlatCell::kEmptyKey) {
             cell.key = key;
             ++mSize;
@@ -186,20 +186,25 @@ public:
     std::size_t Size() const { return mSize; }
 
 private:
-    static FlatCell& Probe(std::vector<FlatCell>& table, std::uint64_t key) {
+    // Multiplicative hashing that keeps the top bits of the product, which depend on
+    // every bit of the key; the middle bits would ignore ix once the table is large and
+    // put every cell of one (iy, iz) column on one probe run.
+    static FlatCell& Probe(std::vector<FlatCell>& table, int shift, std::uint64_t key) {
         const std::size_t mask = table.size() - 1;
-        std::size_t slot = (key * 0x9E3779B97F4A7C15ull) >> 20 & mask;
+        std::size_t slot = (key * 0x9E3779B97F4A7C15ull) >> shift;
         while (table[slot].key != key && table[slot].key != FlatCell::kEmptyKey)
             slot = (slot + 1) & mask;
         return table[slot];
     }
     void Grow() {
         std::vector<FlatCell> larger(2 * mTable.size());
+        --mShift;
         for (const FlatCell& cell : mTable)
-            if (cell.key != FlatCell::kEmptyKey) Probe(larger, cell.key) = cell;
+            if (cell.key != FlatCell::kEmptyKey) Probe(larger, mShift, cell.key) = cell;
         mTable.swap(larger);
     }
     std::vector<FlatCell> mTable;
+    int mShift = 64 - 10;  ///< 64 - log2 of the table size
     std::size_t mSize = 0;
 };
 
