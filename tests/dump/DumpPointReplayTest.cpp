@@ -50,24 +50,6 @@ Record& As(DumpBase& record) {
 
 }  // namespace
 
-TEST(PointDumpReplay, ARecordedNormalSmoothingReplaysToTheSameNormals) {
-    zoltest::DumpDirScope dir;
-    PointCloud cloud = zoltest::MakeCloud(
-        zoltest::LoadPlyVertices(zoltest::DataPath("bunny/bun_zipper_res3.ply")));
-    ASSERT_EQ(CPC::CalculatePointCloudNormal(&cloud, 8), RESULT_OK);
-
-    DumpOnce();
-    ASSERT_EQ(CPC::SmoothNormal(&cloud, 0.5, 8, nullptr), RESULT_OK);
-    const std::vector<std::string> files = zoltest::ListDumpFiles();
-    ASSERT_EQ(files.size(), 1u);
-    EXPECT_NE(files[0].find("_Point_Consolidate_NormalSmoothing_"), std::string::npos);
-
-    std::unique_ptr<DumpBase> record(CreateDumpPointCloudConsolidationNormalSmoothing());
-    ASSERT_EQ(record->LoadDumpFile(files[0]), RESULT_OK);
-    ASSERT_EQ(record->Run(), RESULT_OK);
-    EXPECT_EQ(Values(record->GetPointCloud(0)), Values(&cloud));
-}
-
 TEST(PointDumpReplay, EveryRecordedOperationReplaysToItsStatusAndResults) {
     zoltest::DumpDirScope dir;
     std::unique_ptr<PointCloud> scan = Import("bunny/bun000.ply");
