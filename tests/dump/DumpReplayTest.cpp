@@ -38,6 +38,8 @@ struct Operation {
 #define MEMBER(object, Class, method, ...) \
     Operation{#Class "::" #method, [&] { return object.method(__VA_ARGS__); }}
 #define NOTED(note, method, ...) Operation{#method, [&] { return method(__VA_ARGS__); }, note}
+// A refused call and the first line it must log.
+#define REFUSED(line, ...) {line, [&] { return __VA_ARGS__; }}
 // clang-format on
 
 }  // namespace
@@ -232,86 +234,59 @@ TEST(UnavailableOperations, ArgumentChecksLogTheirLineFirst) {
     std::vector<Vector2> uv(3);
     std::vector<PointOnFace> pofs;
     SumPointCloud flat(0.0, Vector3(), Vector3(1, 1, 1));
+    const std::vector<int> seed8 = {8};
+    const std::vector<double> fields5(5);
+    std::vector<std::vector<Color4>> images(1, std::vector<Color4>(4));
+    const std::vector<Vector3> three(3), nanMarks = {Vector3(), Vector3(kNaN, 0, 0), Vector3()};
+    Vector3 apex, axis;
+    double length = 0.0;
+    Matrix4x4 pose;
+    std::vector<Matrix4x4> poses;
+    std::vector<Vector3> points;
+    const auto type3 = static_cast<FillMeshHoleType>(3);
     const struct {
-        std::function<int()> call;
         const char* line;
+        std::function<int()> call;
     } cases[] = {
-        {[&] {
-             return FillMeshHole::FillHoles(nullptr, nullptr, FILL_MESH_HOLE_FLAT, nullptr,
-                                            nullptr);
-         },
-         "FillMeshHole::FillHoles: triMesh == NULL"},
-        {[&] {
-             const std::vector<int> s = {8};
-             return FillMeshHole::FillHoles(&cube, &s, FILL_MESH_HOLE_FLAT, nullptr, nullptr);
-         },
-         "FillMeshHole::FillHoles: boundarySeedId out of range"},
-        {[&] {
-             return FillMeshHole::FillHoles(&cube, nullptr, static_cast<FillMeshHoleType>(3),
-                                            nullptr, nullptr);
-         },
-         "FillMeshHole::FillHoles: invalid type"},
-        {[&] {
-             const std::vector<double> f(5);
-             return FillMeshHole::FillHoles(&cube, nullptr, FILL_MESH_HOLE_FLAT, &f, nullptr);
-         },
-         "FillMeshHole::FillHoles: vertexFields size is not a multiple of vertexCount"},
-        {[&] { return SimplifyMesh::QuadricSimplifyTextureCoord(&cube, 5, &uv); },
-         "SimplifyMesh::QuadricSimplifyTextureCoord: cornerTexCoords size != 3 * triangleCount"},
-        {[&] {
-             return SubdivideMesh::InsertPointsOnMesh(&cube, {PointOnFace(12, Vector3())}, nullptr);
-         },
-         "SubdivideMesh::InsertPointsOnMesh: triangle id out of range"},
-        {[&] { return ReconstructMesh::Reconstruct(&bare, 6, &cube); },
-         "ReconstructMesh::Reconstruct: pointCloud should has normal first"},
-        {[&] { return flat.ExtractPointCloud(&bare); },
-         "SumPointCloud::ExtractPointCloud: resolution <= 0 || bboxMin above bboxMax"},
-        {[&] { return OptimiseCurve::SmoothCurveOnMesh(&cube, 2, false, &pofs); },
-         "OptimiseCurve::SmoothCurveOnMesh: curve size < 2"},
-        {[&] {
-             return Triangulation::ConstrainedDelaunay2D({Vector2(), Vector2(1, 0), Vector2(0, 1)},
-                                                         {0, 3}, &cube);
-         },
-         "Triangulation::ConstrainedDelaunay2D: invalid constrainedEdges"},
-        {[&] {
-             return ConsolidatePointCloud::RemoveOverlap({&bare, nullptr}, 0.1, nullptr);
-         },
-         "ConsolidatePointCloud::RemoveOverlap: pointCloud is NULL: cloudId = 1"},
-        {[&] {
-             std::vector<std::vector<Color4>> images(1, std::vector<Color4>(4));
-             return IntrinsicColor::TuneTextureImageColor(&cube, std::vector<Vector2>(36),
-                                                          std::vector<int>(12, 1), {2, 2}, images);
-         },
-         "TuneTextureImageColor: triangleImageId out of range: triangleId = 0"},
-        {[&] {
-             double length = 0.0;
-             return MeasureMesh::ComputeSectionExact(&cube, Vector3(), Vector3(0, kNaN, 1), false,
-                                                     length, nullptr);
-         },
-         "MeasureMesh::ComputeSectionExact: invalid planeNormal"},
-        {[&] {
-             Vector3 apex, axis;
-             double angle = 0.0;
-             return DetectShape::FitCone({Vector3(), Vector3(), Vector3()},
-                                         {Vector3(), Vector3(), Vector3()}, apex, axis, angle);
-         },
-         "DetectShape::FitCone: points.size() != normals.size() || points.size() < 4"},
-        {[&] {
-             const std::vector<Vector3> marks = {Vector3(), Vector3(kNaN, 0, 0), Vector3()};
-             Matrix4x4 pose;
-             return RegistratePointCloud::AlignPointCloudByMark(&bare, marks, &bare, marks, &pose);
-         },
-         "RegistratePointCloud::AlignPointCloudByMark: non-finite mark"},
-        {[&] {
-             std::vector<Matrix4x4> poses;
-             return RegistratePointCloud::GlobalRegistrate({&bare, nullptr}, nullptr, 1, &poses);
-         },
-         "RegistratePointCloud::GlobalRegistrate: pointCloud is NULL: cloudId = 1"},
-        {[&] {
-             std::vector<Vector3> points;
-             return RegistratePointCloud::NonRigidICP(&bare, &bare, nullptr, 0.0, &points);
-         },
-         "RegistratePointCloud::NonRigidICP: fromPointCount < 3 || refPointCount < 3"},
+        REFUSED("FillMeshHole::FillHoles: triMesh == NULL",
+                FillMeshHole::FillHoles(nullptr, nullptr, FILL_MESH_HOLE_FLAT, nullptr, nullptr)),
+        REFUSED("FillMeshHole::FillHoles: boundarySeedId out of range",
+                FillMeshHole::FillHoles(&cube, &seed8, FILL_MESH_HOLE_FLAT, nullptr, nullptr)),
+        REFUSED("FillMeshHole::FillHoles: invalid type",
+                FillMeshHole::FillHoles(&cube, nullptr, type3, nullptr, nullptr)),
+        REFUSED("FillMeshHole::FillHoles: vertexFields size is not a multiple of vertexCount",
+                FillMeshHole::FillHoles(&cube, nullptr, FILL_MESH_HOLE_FLAT, &fields5, nullptr)),
+        REFUSED(
+            "SimplifyMesh::QuadricSimplifyTextureCoord: cornerTexCoords size != 3 * triangleCount",
+            SimplifyMesh::QuadricSimplifyTextureCoord(&cube, 5, &uv)),
+        REFUSED("SubdivideMesh::InsertPointsOnMesh: triangle id out of range",
+                SubdivideMesh::InsertPointsOnMesh(&cube, {PointOnFace(12, Vector3())}, nullptr)),
+        REFUSED("ReconstructMesh::Reconstruct: pointCloud should has normal first",
+                ReconstructMesh::Reconstruct(&bare, 6, &cube)),
+        REFUSED("SumPointCloud::ExtractPointCloud: resolution <= 0 || bboxMin above bboxMax",
+                flat.ExtractPointCloud(&bare)),
+        REFUSED("OptimiseCurve::SmoothCurveOnMesh: curve size < 2",
+                OptimiseCurve::SmoothCurveOnMesh(&cube, 2, false, &pofs)),
+        REFUSED("Triangulation::ConstrainedDelaunay2D: invalid constrainedEdges",
+                Triangulation::ConstrainedDelaunay2D({Vector2(), Vector2(1, 0), Vector2(0, 1)},
+                                                     {0, 3}, &cube)),
+        REFUSED("ConsolidatePointCloud::RemoveOverlap: pointCloud is NULL: cloudId = 1",
+                ConsolidatePointCloud::RemoveOverlap({&bare, nullptr}, 0.1, nullptr)),
+        REFUSED("TuneTextureImageColor: triangleImageId out of range: triangleId = 0",
+                IntrinsicColor::TuneTextureImageColor(&cube, std::vector<Vector2>(36),
+                                                      std::vector<int>(12, 1), {2, 2}, images)),
+        REFUSED("MeasureMesh::ComputeSectionExact: invalid planeNormal",
+                MeasureMesh::ComputeSectionExact(&cube, Vector3(), Vector3(0, kNaN, 1), false,
+                                                 length, nullptr)),
+        REFUSED("DetectShape::FitCone: points.size() != normals.size() || points.size() < 4",
+                DetectShape::FitCone(three, three, apex, axis, length)),
+        REFUSED(
+            "RegistratePointCloud::AlignPointCloudByMark: non-finite mark",
+            RegistratePointCloud::AlignPointCloudByMark(&bare, nanMarks, &bare, nanMarks, &pose)),
+        REFUSED("RegistratePointCloud::GlobalRegistrate: pointCloud is NULL: cloudId = 1",
+                RegistratePointCloud::GlobalRegistrate({&bare, nullptr}, nullptr, 1, &poses)),
+        REFUSED("RegistratePointCloud::NonRigidICP: fromPointCount < 3 || refPointCount < 3",
+                RegistratePointCloud::NonRigidICP(&bare, &bare, nullptr, 0.0, &points)),
     };
     for (const auto& c : cases) {
         zoltest::LogCapture log;
