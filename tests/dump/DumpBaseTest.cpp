@@ -62,6 +62,11 @@ std::string WriteText(const std::string& name, const std::string& text) {
     return name;
 }
 
+// A recorded call and the exact body of its dump file.
+// clang-format off
+#define RECORDED(name, body, ...) {name, [&] { return __VA_ARGS__; }, body}
+// clang-format on
+
 }  // namespace
 
 TEST(DumpBase, FileNameIsClockTagCounterAndExtension) {
@@ -134,77 +139,59 @@ TEST(DumpBase, BodiesHaveTheExactLayout) {
     FusePointCloud noGrid, fuse(1, 1, 1, Vector3(0, 0, 0), Vector3(1, 1, 1), false);
     fuse.UpdateFuseFunction(&plain, nullptr, nullptr);
     const std::string m = kSmallMeshText;
+    const std::vector<Vector3> marks = {Vector3(1, 2, 3)};
+    const int icpIds[] = {0, 0, 7};
+    const double tolerance = 0.5;
+    Matrix4x4 result;
+    PointCloudInfo refInfo, fromInfo;
     const struct {
         const char* name;
         std::function<int()> call;
         std::string body;
     } cases[] = {
-        {"mesh, ids, type and values",
-         [&] {
-             return FillMeshHole::FillHoles(&mesh, &seeds, FILL_MESH_HOLE_SMOOTH, &fields, nullptr);
-         },
-         "4\n" + m + "2\n0 2 \n1\n3\n0.5 0.10000000000000000555 -2 \n"},
-        {"null mesh and null vectors",
-         [&] {
-             return FillMeshHole::FillHoles(nullptr, nullptr, FILL_MESH_HOLE_SMOOTH, nullptr,
-                                            nullptr);
-         },
-         "4\n-1\n0\n1\n0\n"},
-        {"cloud with normals, then a scalar",
-         [&] { return FitPointCloud::FitUniform(&oriented, 0.1, &out); },
-         "123\n2 1\n0.5 0 0 0 0 1\n0 0.25 0 0 0 1\n0.10000000000000000555\n"},
-        {"scalars share a line; cloud without normals; transform",
-         [&] { return sum.UpdateSumFunction(&plain, &shift); },
-         "118\n0.5 -1 -1 -1 1 1 1\n1 0\n1 2 3\n16\n1 0 0 0.25 0 1 0 0 0 0 1 0 0 0 0 1\n"},
-        {"null transform", [&] { return sum.UpdateSumFunction(&plain, nullptr); },
-         "118\n0.5 -1 -1 -1 1 1 1\n1 0\n1 2 3\n0\n"},
-        {"ray query",
-         [&] {
-             return tool.RayIntersections(Vector3(), Vector3(0, 0, 1), 5, nullptr, nullptr,
-                                          nullptr);
-         },
-         "29\n" + m + "2\n2\n0 0 0 0 0 1 \n5\n"},
-        {"face points and a direction on one line",
-         [&] {
-             return OptimiseCurve::ConnectFacePointsByCuttingPlane(
-                 &mesh, PointOnFace(0, Vector3(0.25, 0.25, 0.5)), PointOnFace(0, Vector3(1, 0, 0)),
-                 Vector3(0, 0, 1), &curve);
-         },
-         "208\n" + m + "0 0.25 0.25 0.5 0 1 0 0 0 0 1\n"},
-        {"an empty selection keeps its element line",
-         [&] { return ConsolidatePointCloud::SmoothGeometry(&plain, 4, 2, &none); },
-         "126\n1 0\n1 2 3\n4 2\n0\n\n"},
-        {"a null selection is the count line alone",
-         [&] { return ConsolidatePointCloud::SmoothGeometry(&plain, 4, 2, nullptr); },
-         "126\n1 0\n1 2 3\n4 2\n0\n"},
-        {"range image with its cells, then an optional direction",
-         [&] { return ConsolidatePointCloud::CalculatePointCloudNormal(&range, 8, &camera); },
-         "102\n2 0\n0.5 0 0\n0 0.25 0\n2 1\n2\n1 0 \n8\n1\n0 0 -1 \n"},
-        {"an output array given as null",
-         [&] {
-             return SamplePointCloud::UniformSample(&plain, 1, nullptr, 5, SAMPLE_QUALITY_HIGH);
-         },
-         "109\n1 0\n1 2 3\n1 0 5 1\n"},
-        {"a fusion without a grid",
-         [&] { return noGrid.UpdateFuseFunction(&plain, nullptr, nullptr); },
-         "115\n0 0 0 0 0 0 0 0 0 0\n-1\n1 0\n1 2 3\n0\n0\n"},
-        {"a fused state, a blank target and no attributes",
-         [&] { return fuse.ExtractPointCloud(&blank, nullptr); },
-         "116\n1 1 1 0 0 0 1 1 1 0\nFusePointCloud 1\nresolution 1 1 1\nbbox 0 0 0 1 1 1\n"
-         "fuseNormal 0\nattributes 0\ncells 1\n1 2 3 1 2 3 0 0 0 1\nend FusePointCloud\n0 0\n0\n"},
-        {"ICP: marks, a result, a pose, sample ids by their count and a tolerance",
-         [&] {
-             const std::vector<Vector3> marks = {Vector3(1, 2, 3)};
-             const int ids[] = {0, 0, 7};
-             const double tolerance = 0.5;
-             Matrix4x4 result;
-             PointCloudInfo refInfo, fromInfo;
-             return RegistratePointCloud::_ICPRegistrate(&plain, refInfo, nullptr, &plain, fromInfo,
-                                                         &marks, &result, &shift, false, 2, ids,
-                                                         &tolerance, 3);
-         },
-         "107\n1 0\n1 2 3\n0\n1 0\n1 2 3\n1\n1 2 3 \n1\n16\n1 0 0 0.25 0 1 0 0 0 0 1 0 0 0 0 "
-         "1\n0 2\n2\n0 0 \n1\n0.5 \n3\n"},
+        RECORDED("mesh, ids, type and values",
+                 "4\n" + m + "2\n0 2 \n1\n3\n0.5 0.10000000000000000555 -2 \n",
+                 FillMeshHole::FillHoles(&mesh, &seeds, FILL_MESH_HOLE_SMOOTH, &fields, nullptr)),
+        RECORDED(
+            "null mesh and null vectors", "4\n-1\n0\n1\n0\n",
+            FillMeshHole::FillHoles(nullptr, nullptr, FILL_MESH_HOLE_SMOOTH, nullptr, nullptr)),
+        RECORDED("cloud with normals, then a scalar",
+                 "123\n2 1\n0.5 0 0 0 0 1\n0 0.25 0 0 0 1\n0.10000000000000000555\n",
+                 FitPointCloud::FitUniform(&oriented, 0.1, &out)),
+        RECORDED("scalars share a line; cloud without normals; transform",
+                 "118\n0.5 -1 -1 -1 1 1 1\n1 0\n1 2 3\n16\n1 0 0 0.25 0 1 0 0 0 0 1 0 0 0 0 1\n",
+                 sum.UpdateSumFunction(&plain, &shift)),
+        RECORDED("null transform", "118\n0.5 -1 -1 -1 1 1 1\n1 0\n1 2 3\n0\n",
+                 sum.UpdateSumFunction(&plain, nullptr)),
+        RECORDED("ray query", "29\n" + m + "2\n2\n0 0 0 0 0 1 \n5\n",
+                 tool.RayIntersections(Vector3(), Vector3(0, 0, 1), 5, nullptr, nullptr, nullptr)),
+        RECORDED("face points and a direction on one line",
+                 "208\n" + m + "0 0.25 0.25 0.5 0 1 0 0 0 0 1\n",
+                 OptimiseCurve::ConnectFacePointsByCuttingPlane(
+                     &mesh, PointOnFace(0, Vector3(0.25, 0.25, 0.5)),
+                     PointOnFace(0, Vector3(1, 0, 0)), Vector3(0, 0, 1), &curve)),
+        RECORDED("an empty selection keeps its element line", "126\n1 0\n1 2 3\n4 2\n0\n\n",
+                 ConsolidatePointCloud::SmoothGeometry(&plain, 4, 2, &none)),
+        RECORDED("a null selection is the count line alone", "126\n1 0\n1 2 3\n4 2\n0\n",
+                 ConsolidatePointCloud::SmoothGeometry(&plain, 4, 2, nullptr)),
+        RECORDED("range image with its cells, then an optional direction",
+                 "102\n2 0\n0.5 0 0\n0 0.25 0\n2 1\n2\n1 0 \n8\n1\n0 0 -1 \n",
+                 ConsolidatePointCloud::CalculatePointCloudNormal(&range, 8, &camera)),
+        RECORDED("an output array given as null", "109\n1 0\n1 2 3\n1 0 5 1\n",
+                 SamplePointCloud::UniformSample(&plain, 1, nullptr, 5, SAMPLE_QUALITY_HIGH)),
+        RECORDED("a fusion without a grid", "115\n0 0 0 0 0 0 0 0 0 0\n-1\n1 0\n1 2 3\n0\n0\n",
+                 noGrid.UpdateFuseFunction(&plain, nullptr, nullptr)),
+        RECORDED("a fused state, a blank target and no attributes",
+                 "116\n1 1 1 0 0 0 1 1 1 0\nFusePointCloud 1\nresolution 1 1 1\nbbox 0 0 0 1 1 1\n"
+                 "fuseNormal 0\nattributes 0\ncells 1\n1 2 3 1 2 3 0 0 0 1\nend FusePointCloud\n"
+                 "0 0\n0\n",
+                 fuse.ExtractPointCloud(&blank, nullptr)),
+        RECORDED(
+            "ICP: marks, a result, a pose, sample ids by their count and a tolerance",
+            "107\n1 0\n1 2 3\n0\n1 0\n1 2 3\n1\n1 2 3 \n1\n16\n1 0 0 0.25 0 1 0 0 0 0 1 0 0 0 0 1\n"
+            "0 2\n2\n0 0 \n1\n0.5 \n3\n",
+            RegistratePointCloud::_ICPRegistrate(&plain, refInfo, nullptr, &plain, fromInfo, &marks,
+                                                 &result, &shift, false, 2, icpIds, &tolerance, 3)),
     };
     for (const auto& c : cases) {
         int status = 0;
