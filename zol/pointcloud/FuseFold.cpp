@@ -1,6 +1,6 @@
 // The passes of a fusion update. Mapping divides and hashes every point once, in slices
-// on the workers; folding then reads the mapped cells, so a worker spends nothing on the
-// points of other workers' shards beyond one look at their code byte.
+// on the workers, and writes the runs of points in one cell; folding then reads the
+// runs, so a worker spends nothing on other workers' shards beyond one look at a record.
 #include <zol/pointcloud/FuseFoldInternal.h>
 
 #include <algorithm>
@@ -42,22 +42,23 @@ bool IsFinite(const Vector3& v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
-// The first refused point of one slice and the slice's runs of one cell per shard.
-struct SliceMap {
+// The first refused point of one slice, its runs, and its points dropped by the range
+// rule; a cache line of its own, so that the workers filling neighbours do not share one.
+struct alignas(64) SliceMap {
     int badCoord = -1;
     int badNormal = -1;
+    int runCount = 0;
+    long long dropped = 0;
     std::size_t shardRuns[FuseTree::kShardCount] = {};
 };
 
-// Maps points [first, last) and stops at the first one refused. A run starts at the
-// slice's first point, so that slices need not see each other's points.
-void MapSlice(const FuseSource& src,
-              int first,
-              int last,
-              std::uint8_t* codes,
-              FusePointCell* out,
-              SliceMap& slice) {
+// Maps points [first, last) into \p runs and stops at the first one refused. A run starts
+// at the slice's first point, so that slices need not see each other's points. The open
+// run's key and length stay in registers; its record gets the length when it closes.
+void MapSlice(const FuseSource& src, int first, int last, FuseRun* runs, SliceMap& slice) {
+    FuseRun* next = runs;
     FuseCellKey previous{-1, -1, -1};
+    std::uint32_t length = 0;
     for (int i = first; i < last; ++i) {
         const Vector3 p = src.Point(i);
         if (!IsFinite(p)) {
@@ -76,31 +77,32 @@ void MapSlice(const FuseSource& src,
             inside = inside && q[a] >= 0.0 && q[a] < kIndexLimit;
         }
         if (!inside) {
-            codes[i] = kFuseDropped;
+            ++slice.dropped;
             previous = FuseCellKey{-1, -1, -1};
             continue;
         }
         const FuseCellKey key{static_cast<int>(q[0]), static_cast<int>(q[1]),
                               static_cast<int>(q[2])};
-        if (key == previous) {
-            codes[i] = kFuseSameCell;
+        if (key == previous && length < FuseRun::kMaxLength) {
+            ++length;
             continue;
         }
+        if (next != runs) next[-1].lengthShard |= length;
         const std::uint64_t hash = FuseTree::Hash(key);
         const int shard = FuseTree::ShardOf(hash);
-        codes[i] = static_cast<std::uint8_t>(shard);
-        out[i] = FusePointCell{key, static_cast<std::uint32_t>(hash)};
+        *next++ = FuseRun{key, static_cast<std::uint32_t>(hash), i,
+                          static_cast<std::uint32_t>(shard) << FuseRun::kLengthBits};
         ++slice.shardRuns[shard];
         previous = key;
+        length = 1;
     }
+    if (next != runs) next[-1].lengthShard |= length;
+    slice.runCount = static_cast<int>(next - runs);
 }
 
-// A run of points [begin, end) in one cell of the worker's shards, and the cell that the
-// slots suggest for it (-1: none yet).
+// A run of the worker's shards and the cell that the slots suggest for it (-1: none yet).
 struct FoldRun {
-    int begin;
-    int end;
-    int shard;
+    const FuseRun* run;
     int id;
 };
 
@@ -140,54 +142,52 @@ void FoldRunPoints(const FuseSource& src,
     }
 }
 
-// Folds the points whose cells lie in shards [first, last), in point order, a batch of
-// runs at a time: gather the runs and ask for their slots, read the slots and ask for the
-// cells they suggest, then fold each run into its (checked) cell.
-void FoldShards(const FuseSource& src,
-                const std::uint8_t* codes,
-                const FusePointCell* at,
-                int pointCount,
-                FuseTree& tree,
-                int first,
-                int last) {
+// Folds a batch of runs: asks for their slots, reads the slots and asks for the cells
+// they suggest, then folds each run into its (checked) cell.
+void FoldBatch(const FuseSource& src, FuseTree& tree, FoldRun* batch, int n) {
     const int m = tree.AttributeCount();
-    FoldRun runs[kBatch];
-    int i = 0;
-    while (i < pointCount) {
-        int n = 0;
-        while (i < pointCount && n < kBatch) {
-            const int code = codes[i];
-            if (code < first || code >= last) {
-                ++i;
-                continue;
-            }
-            int end = i + 1;
-            while (end < pointCount && codes[end] == kFuseSameCell) ++end;
-            runs[n++] = FoldRun{i, end, code, -1};
-            tree.shards[code].PrefetchSlot(at[i].hash);
-            i = end;
-        }
-        for (int k = 0; k < n; ++k) {
-            const FuseShard& shard = tree.shards[runs[k].shard];
-            runs[k].id = shard.Candidate(at[runs[k].begin].hash);
+    for (int k = 0; k < n; ++k) tree.shards[batch[k].run->Shard()].PrefetchSlot(batch[k].run->hash);
+    for (int k = 0; k < n; ++k) {
+        const FuseShard& shard = tree.shards[batch[k].run->Shard()];
+        batch[k].id = shard.Candidate(batch[k].run->hash);
 #if defined(__GNUC__)
-            if (runs[k].id >= 0) __builtin_prefetch(shard.cells.At(runs[k].id));
+        if (batch[k].id >= 0) __builtin_prefetch(shard.cells.At(batch[k].id));
 #endif
-        }
-        for (int k = 0; k < n; ++k) {
-            const FoldRun& run = runs[k];
-            const FusePointCell& here = at[run.begin];
-            FuseShard& shard = tree.shards[run.shard];
-            int id = run.id;
-            bool inserted = false;
-            // A matching tag with another key, or a cell inserted earlier in this batch,
-            // takes the full lookup.
-            if (id < 0 || !(shard.cells.At(id)->key == here.key))
-                id = shard.FindOrInsert(here.key, here.hash, inserted);
-            FoldRunPoints(src, m, shard.cells.At(id), m > 0 ? shard.attributes.At(id) : nullptr,
-                          inserted, run.begin, run.end);
+    }
+    for (int k = 0; k < n; ++k) {
+        const FuseRun& run = *batch[k].run;
+        FuseShard& shard = tree.shards[run.Shard()];
+        int id = batch[k].id;
+        bool inserted = false;
+        // A matching tag with another key, or a cell inserted earlier in this batch,
+        // takes the full lookup.
+        if (id < 0 || !(shard.cells.At(id)->key == run.key))
+            id = shard.FindOrInsert(run.key, run.hash, inserted);
+        FoldRunPoints(src, m, shard.cells.At(id), m > 0 ? shard.attributes.At(id) : nullptr,
+                      inserted, run.begin, run.End());
+    }
+}
+
+// Folds the runs whose cells lie in shards [first, last), in point order, kBatch runs at
+// a time. Every worker reads all runs; picking its own takes no branch.
+void FoldShards(
+    const FuseSource& src, const FuseMapResult& map, FuseTree& tree, int first, int last) {
+    const FuseRun* runs = tree.runs.Data();
+    const unsigned span = static_cast<unsigned>(last - first);
+    FoldRun batch[kBatch];
+    int n = 0;
+    for (std::size_t t = 0; t < map.sliceFirst.size(); ++t) {
+        const FuseRun* end = runs + map.sliceFirst[t] + map.sliceRuns[t];
+        for (const FuseRun* run = runs + map.sliceFirst[t]; run < end; ++run) {
+            batch[n].run = run;
+            n += static_cast<unsigned>(run->Shard() - first) < span;
+            if (n == kBatch) {
+                FoldBatch(src, tree, batch, n);
+                n = 0;
+            }
         }
     }
+    FoldBatch(src, tree, batch, n);
 }
 
 }  // namespace
@@ -195,22 +195,25 @@ void FoldShards(const FuseSource& src,
 FuseMapResult MapFusePoints(const FuseSource& src, int pointCount, FuseTree& tree) {
     FuseMapResult result;
     const int taskCount = pointCount < kThreadedMinimum ? 1 : ParallelTaskCount(pointCount);
-    std::uint8_t* codes = tree.pointCodes.Get(static_cast<std::size_t>(pointCount));
-    FusePointCell* out = tree.pointCells.Get(static_cast<std::size_t>(pointCount));
+    FuseRun* runs = tree.runs.Get(static_cast<std::size_t>(pointCount));
     std::vector<SliceMap> slices(taskCount);
     result.status = RunSlices(taskCount, [&](int t, int n) {
-        MapSlice(src, SliceBegin(pointCount, t, n), SliceBegin(pointCount, t + 1, n), codes, out,
-                 slices[t]);
+        const int first = SliceBegin(pointCount, t, n);
+        MapSlice(src, first, SliceBegin(pointCount, t + 1, n), runs + first, slices[t]);
     });
     if (result.status != RESULT_OK) return result;
     result.shardRuns.assign(FuseTree::kShardCount, 0);
-    for (const SliceMap& slice : slices) {
+    for (int t = 0; t < taskCount; ++t) {
+        const SliceMap& slice = slices[t];
         if (slice.badCoord >= 0 || slice.badNormal >= 0) {
             result.badCoord = slice.badCoord;
             result.badNormal = slice.badNormal;
             return result;
         }
         for (int s = 0; s < FuseTree::kShardCount; ++s) result.shardRuns[s] += slice.shardRuns[s];
+        result.sliceFirst.push_back(SliceBegin(pointCount, t, taskCount));
+        result.sliceRuns.push_back(slice.runCount);
+        result.dropped += slice.dropped;
     }
     return result;
 }
@@ -220,24 +223,19 @@ int FoldFusePoints(const FuseSource& src,
                    const FuseMapResult& map,
                    FuseTree& tree) {
     const int taskCount = pointCount < kThreadedMinimum ? 1 : ParallelTaskCount(pointCount);
-    const std::uint8_t* codes = tree.pointCodes.Data();
-    const FusePointCell* at = tree.pointCells.Data();
     return RunSlices(std::min(taskCount, FuseTree::kShardCount), [&](int t, int n) {
         const int first = SliceBegin(FuseTree::kShardCount, t, n);
         const int last = SliceBegin(FuseTree::kShardCount, t + 1, n);
         for (int s = first; s < last; ++s) {
             tree.shards[s].Reserve(tree.shards[s].cells.size() + map.shardRuns[s]);
         }
-        FoldShards(src, codes, at, pointCount, tree, first, last);
+        FoldShards(src, map, tree, first, last);
     });
 }
 
-void LogDroppedPoints(const FuseTree& tree, int pointCount) {
-    const std::uint8_t* codes = tree.pointCodes.Data();
-    for (int i = 0; i < pointCount; ++i) {
-        if (codes[i] == kFuseDropped)
-            LogLine("FusePointCloud::UpdateFuseFunction: point is out of range");
-    }
+void LogDroppedPoints(const FuseMapResult& map) {
+    for (long long i = 0; i < map.dropped; ++i)
+        LogLine("FusePointCloud::UpdateFuseFunction: point is out of range");
 }
 
 }  // namespace ZOL

@@ -40,24 +40,29 @@ struct FuseSource {
 
 /// What the mapping pass found.
 struct FuseMapResult {
-    int status = 0;      ///< RESULT_OK, or the workers' failure
-    int badCoord = -1;   ///< the first point whose moved coordinate is not finite
-    int badNormal = -1;  ///< the first point whose fused normal is not finite
-    /// Per shard, the points whose cell differs from their predecessor's: a new cell
-    /// starts such a run, so this bounds the cells each shard may gain.
+    int status = 0;         ///< RESULT_OK, or the workers' failure
+    int badCoord = -1;      ///< the first point whose moved coordinate is not finite
+    int badNormal = -1;     ///< the first point whose fused normal is not finite
+    long long dropped = 0;  ///< points that the range rule dropped
+    /// Per shard, the runs of the update: a new cell starts such a run, so this bounds
+    /// the cells each shard may gain.
     std::vector<std::size_t> shardRuns;
+    /// Per slice of the points, in point order: where its runs start in tree.runs, and
+    /// how many there are.
+    std::vector<int> sliceFirst;
+    std::vector<int> sliceRuns;
 };
 
-/// Pass 1: checks every point and writes its code, and the cell of each run start, into
-/// tree.pointCodes and tree.pointCells, on the workers for large updates. No cell changes.
+/// Pass 1: checks every point and writes the runs of points in one cell into tree.runs,
+/// on the workers for large updates. No cell changes.
 FuseMapResult MapFusePoints(const FuseSource& src, int pointCount, FuseTree& tree);
 
 /// Pass 2: folds every mapped point into its cell; each worker owns a run of shards and
-/// visits the points in index order, so every cell sees the same sequence of points for
+/// visits their runs in point order, so every cell sees the same sequence of points for
 /// any thread count. \return RESULT_OK or the workers' failure.
 int FoldFusePoints(const FuseSource& src, int pointCount, const FuseMapResult& map, FuseTree& tree);
 
 /// Logs one line per point of the last mapping that the range rule dropped.
-void LogDroppedPoints(const FuseTree& tree, int pointCount);
+void LogDroppedPoints(const FuseMapResult& map);
 
 }  // namespace ZOL

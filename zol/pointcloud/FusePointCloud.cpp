@@ -186,7 +186,7 @@ int FusePointCloud::_UpdateFuseFunction(const IPointList* pointList,
             RESULT_INVALID_INPUT,
             "FusePointCloud::UpdateFuseFunction: non-finite normal at pointId = ", map.badNormal);
     }
-    if (gSystemLogLevel <= LOG_TRACE) LogDroppedPoints(tree, pointCount);
+    if (gSystemLogLevel <= LOG_TRACE) LogDroppedPoints(map);
     if (!hasCells && tree.AttributeCount() != attributeCount)
         tree.SetAttributeCount(attributeCount);
 

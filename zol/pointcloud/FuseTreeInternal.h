@@ -67,21 +67,27 @@ struct FuseNormalCell {
 };
 static_assert(sizeof(FuseCell) == 40 && sizeof(FuseNormalCell) == 64, "packed cells");
 
-/// The cell of a point that starts a run of points in one cell, worked out once by the
-/// checking pass so that the folding workers neither divide nor hash again: its key and
-/// the low half of its hash, all that the slots use (the shard is in the point's code).
-struct FusePointCell {
+/// Bits of a cell hash's shard number; the slot tables use the hash's low half.
+constexpr int kFuseShardBits = 4;
+
+/// A run of consecutive points in one cell, worked out once by the checking pass so that
+/// the folding workers neither divide nor hash again, and read only run records instead
+/// of a code per point: the cell's key, the low half of its hash (all that the slots
+/// use), the run's first point, and its length with the cell's shard in the top bits.
+struct FuseRun {
+    static constexpr int kLengthBits = 32 - kFuseShardBits;
+    /// The longest run; a longer stretch of points in one cell starts a new run.
+    static constexpr std::uint32_t kMaxLength = (std::uint32_t(1) << kLengthBits) - 1;
+
     FuseCellKey key;
     std::uint32_t hash;
-};
-static_assert(sizeof(FusePointCell) == 16, "packed point cells");
+    int begin;
+    std::uint32_t lengthShard;
 
-/// What the checking pass tells the folding workers about each point, in one byte so
-/// that a worker passes over the points of other workers' shards cheaply: below
-/// FuseTree::kShardCount, the point starts a run of points in one cell of that shard
-/// (its FusePointCell is written); otherwise it continues the run before it, or the
-/// range rule dropped it.
-enum FusePointCode : std::uint8_t { kFuseSameCell = 0x40, kFuseDropped = 0x80 };
+    int Shard() const { return static_cast<int>(lengthShard >> kLengthBits); }
+    int End() const { return begin + static_cast<int>(lengthShard & kMaxLength); }
+};
+static_assert(sizeof(FuseRun) == 24, "packed runs");
 
 /// An array of trivially copyable T that keeps its memory between uses and is never
 /// zero-filled: every use writes the elements before reading them.
@@ -317,7 +323,7 @@ void ReadOutCells(const FuseTree& tree,
 /// All fused cells, named after the ordered tree the messages call "FuseTree".
 class FuseTree {
 public:
-    static constexpr int kShardBits = 4;
+    static constexpr int kShardBits = kFuseShardBits;
     static constexpr int kShardCount = 1 << kShardBits;
 
     /// Mixes the three indices into 64 well-spread bits.
@@ -358,9 +364,9 @@ public:
     /// updates so that a series of clouds touches their pages once.
     std::vector<double> coordCopy;
     std::vector<double> normalCopy;
-    /// The code of every point of the current update, and the cell of each run start.
-    FuseScratch<std::uint8_t> pointCodes;
-    FuseScratch<FusePointCell> pointCells;
+    /// The runs of the current update: those of each slice of its points from the
+    /// slice's first point index on.
+    FuseScratch<FuseRun> runs;
 
 private:
     int mAttributeCount;
