@@ -17,9 +17,10 @@ namespace ZOL {
 class FuseTree;
 class IPointCloud;
 
-/// Memory for the arrays of a fusion, aligned to a cache line. Requests of 2 MiB or more
-/// are served in huge pages where the system offers them: on large clouds the first touch
-/// of fresh pages otherwise costs more than the fusion itself.
+/// Memory for the arrays of a fusion, aligned to a cache line. Requests of 1 MiB or more
+/// are rounded up to whole 2 MiB pages and served in huge pages where the system offers
+/// them: in a virtual machine the first touch of every 4 KiB page costs about 12 us, so
+/// on large clouds small pages cost more than the fusion itself.
 void* AllocateLarge(std::size_t bytes);
 void FreeLarge(void* memory);
 /// Zero-filled memory for the slot tables, straight from fresh pages where the system
@@ -163,6 +164,7 @@ public:
             mBlocks.swap(other.mBlocks);
             other.mBlocks.clear();
             mSize = other.mSize, mCapacity = other.mCapacity, mWidth = other.mWidth;
+            mFirstShift = other.mFirstShift;
             other.mSize = other.mCapacity = 0;
         }
         return *this;
@@ -173,22 +175,30 @@ public:
     std::size_t size() const { return mSize; }
     /// \return the first value of element \p id (not for width 0).
     T* At(std::size_t id) const {
-        const std::uint64_t q = id / kFirstBlock + 1;
+        const std::uint64_t q = (id >> mFirstShift) + 1;
         int b = 0;
 #if defined(__GNUC__)
         b = 63 - __builtin_clzll(q);
 #else
         while ((q >> (b + 1)) != 0) ++b;
 #endif
-        // Block b holds kFirstBlock << b elements, from element kFirstBlock * (2^b - 1) on.
-        return mBlocks[b] + (id - kFirstBlock * ((std::size_t(1) << b) - 1)) * mWidth;
+        // Block b holds 2^(mFirstShift + b) elements, from element 2^mFirstShift * (2^b - 1) on.
+        return mBlocks[b] + (id - (((std::size_t(1) << b) - 1) << mFirstShift)) * mWidth;
+    }
+    /// Sizes the first block for \p count elements, when none is allocated yet: a large
+    /// first block comes in huge pages instead of many small pages.
+    void Reserve(std::size_t count) {
+        if (!mBlocks.empty()) return;
+        mFirstShift = kFirstShift;
+        while (mFirstShift < kMaxFirstShift && (std::size_t(1) << mFirstShift) < count)
+            ++mFirstShift;
     }
     /// Calls f(id, first value) for elements [first, last) in order, block by block.
     template <typename F>
     void ForEach(std::size_t first, std::size_t last, F&& f) const {
         std::size_t begin = 0;
         for (std::size_t b = 0; b < mBlocks.size() && begin < last; ++b) {
-            const std::size_t end = begin + (kFirstBlock << b);
+            const std::size_t end = begin + (std::size_t(1) << (mFirstShift + b));
             for (std::size_t id = std::max(begin, first); id < std::min(end, last); ++id)
                 f(id, mBlocks[b] + (id - begin) * mWidth);
             begin = end;
@@ -197,7 +207,7 @@ public:
     /// Appends one element whose values are not yet written.
     void Append() {
         if (mWidth > 0 && mSize == mCapacity) {
-            const std::size_t count = kFirstBlock << mBlocks.size();
+            const std::size_t count = std::size_t(1) << (mFirstShift + mBlocks.size());
             mBlocks.push_back(static_cast<T*>(AllocateLarge(count * mWidth * sizeof(T))));
             mCapacity += count;
         }
@@ -205,12 +215,14 @@ public:
     }
 
 private:
-    static constexpr std::size_t kFirstBlock = 256;
+    static constexpr int kFirstShift = 8;
+    static constexpr int kMaxFirstShift = 24;
 
     std::vector<T*> mBlocks;
     std::size_t mSize = 0;
     std::size_t mCapacity = 0;
     int mWidth = 1;
+    int mFirstShift = kFirstShift;
 };
 
 /// The cells of one shard in insertion order, as FuseCell or, with normals, as
@@ -221,6 +233,7 @@ public:
         : mBlocks(normals ? sizeof(FuseNormalCell) : sizeof(FuseCell)), mNormals(normals) {}
     std::size_t size() const { return mBlocks.size(); }
     bool HasNormals() const { return mNormals; }
+    void Reserve(std::size_t count) { mBlocks.Reserve(count); }
     FuseCell* At(std::size_t id) const { return reinterpret_cast<FuseCell*>(mBlocks.At(id)); }
     /// \return the normal of a cell of this store (only when it has normals).
     static Vector3& NormalOf(FuseCell* cell) {
