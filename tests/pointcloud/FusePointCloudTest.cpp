@@ -236,6 +236,15 @@ TEST(FusePointCloud, RefusedCallsLogOneLineAndChangeNothing) {
     PointCloud nanPoint = Oriented({{0.5, 0.5, 0.5}, {NAN, 0.5, 0.5}}, {{0, 0, 1}, {0, 0, 1}});
     PointCloud nanNormal =
         Oriented({{0.5, 0.5, 0.5}, {1.5, 0.5, 0.5}}, {{0, 0, 1}, {0, INFINITY, 1}});
+    // A NaN normal is refused on a point that the range rule drops too, and a finite
+    // normal whose moved copy overflows is refused as well.
+    PointCloud droppedNanNormal =
+        Oriented({{0.5, 0.5, 0.5}, {-1.0, 0.5, 0.5}}, {{0, 0, 1}, {NAN, 0, 1}});
+    PointCloud hugeNormal =
+        Oriented({{0.5, 0.5, 0.5}, {0.5, 0.5, 0.5}}, {{0, 0, 1}, {1e308, 1e308, 0}});
+    Matrix4x4 shear;
+    shear.InitIdentityTransform();
+    shear.SetValue(1, 1.0);
     PointCloud empty(true, false, false), filled = plain;
     const Matrix4x4 emptyMatrix;
     const std::vector<double> three(3), four(4);
@@ -274,6 +283,10 @@ TEST(FusePointCloud, RefusedCallsLogOneLineAndChangeNothing) {
         {[&] { return fuse.UpdateFuseFunction(&nanPoint, nullptr, nullptr); }, bad,
          "FusePointCloud::UpdateFuseFunction: non-finite coordinate at pointId = 1"},
         {[&] { return fuse.UpdateFuseFunction(&nanNormal, nullptr, nullptr); }, bad,
+         "FusePointCloud::UpdateFuseFunction: non-finite normal at pointId = 1"},
+        {[&] { return fuse.UpdateFuseFunction(&droppedNanNormal, nullptr, nullptr); }, bad,
+         "FusePointCloud::UpdateFuseFunction: non-finite normal at pointId = 1"},
+        {[&] { return fuse.UpdateFuseFunction(&hugeNormal, &shear, nullptr); }, bad,
          "FusePointCloud::UpdateFuseFunction: non-finite normal at pointId = 1"},
         {[&] { return noGrid.UpdateFuseFunction(&plain, nullptr, nullptr); }, RESULT_STEP_FAIL,
          "FusePointCloud::UpdateFuseFunction: FuseTree is NULL"},

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include <zol/runtime/Constants.h>
 #include <zol/runtime/LogInternal.h>
@@ -52,34 +53,63 @@ struct alignas(64) SliceMap {
     std::size_t shardRuns[FuseTree::kShardCount] = {};
 };
 
+// The largest normal component whose moved normal cannot overflow: below it a finite
+// normal needs no moving to be checked. 0 when the transform is not finite, so that every
+// normal is moved and checked.
+double NormalBound(const FuseSource& src) {
+    double largest = 1.0;
+    for (int r = 0; src.moved && r < 3; ++r) {
+        for (int c = 0; c < 3; ++c) {
+            const double entry = std::fabs(src.m[4 * r + c]);
+            if (!std::isfinite(entry)) return 0.0;
+            largest = std::max(largest, entry);
+        }
+    }
+    // Three products of at most largest * bound each stay below three quarters of the
+    // largest double.
+    return std::numeric_limits<double>::max() / (4.0 * largest);
+}
+
 // Maps points [first, last) into \p runs and stops at the first one refused. A run starts
 // at the slice's first point, so that slices need not see each other's points. The open
 // run's key and length stay in registers; its record gets the length when it closes.
+// Points that are inside, with a normal in bound, take no further test: a non-finite
+// coordinate always fails the range test, and is told from a dropped point only then.
 void MapSlice(const FuseSource& src, int first, int last, FuseRun* runs, SliceMap& slice) {
     FuseRun* next = runs;
     FuseCellKey previous{-1, -1, -1};
     std::uint32_t length = 0;
+    const double bound = NormalBound(src);
     for (int i = first; i < last; ++i) {
         const Vector3 p = src.Point(i);
-        if (!IsFinite(p)) {
-            slice.badCoord = i;
-            return;
-        }
-        if (src.normals && !IsFinite(src.Normal(i))) {
-            slice.badNormal = i;
-            return;
-        }
         // The one-sided range rule: below bboxMin, or past the int range, is dropped.
         double q[3];
         bool inside = true;
         for (int a = 0; a < 3; ++a) {
             q[a] = (p[a] - src.origin[a]) / src.h[a];
-            inside = inside && q[a] >= 0.0 && q[a] < kIndexLimit;
+            inside = inside & (q[a] >= 0.0) & (q[a] < kIndexLimit);
+        }
+        if (src.normals) {
+            const double* v = src.normals + 3 * static_cast<std::size_t>(i);
+            inside = inside & (std::fabs(v[0]) <= bound) & (std::fabs(v[1]) <= bound) &
+                     (std::fabs(v[2]) <= bound);
         }
         if (!inside) {
-            ++slice.dropped;
-            previous = FuseCellKey{-1, -1, -1};
-            continue;
+            if (!IsFinite(p)) {
+                slice.badCoord = i;
+                return;
+            }
+            if (src.normals && !IsFinite(src.Normal(i))) {
+                slice.badNormal = i;
+                return;
+            }
+            bool inRange = true;
+            for (int a = 0; a < 3; ++a) inRange = inRange && q[a] >= 0.0 && q[a] < kIndexLimit;
+            if (!inRange) {
+                ++slice.dropped;
+                previous = FuseCellKey{-1, -1, -1};
+                continue;
+            }
         }
         const FuseCellKey key{static_cast<int>(q[0]), static_cast<int>(q[1]),
                               static_cast<int>(q[2])};
@@ -106,44 +136,82 @@ struct FoldRun {
     int id;
 };
 
-// Folds points [begin, end) into \p cell (and its attribute \p values); \p inserted
-// when the cell is new, so that its first point sets it.
-void FoldRunPoints(const FuseSource& src,
-                   int m,
-                   FuseCell* cell,
-                   double* values,
-                   bool inserted,
-                   int begin,
-                   int end) {
-    const bool fuseNormal = src.normals != nullptr;
+// Two runs are folded side by side (see FoldBatch); their steps must be inlined for the
+// processor to overlap them.
+#if defined(_MSC_VER)
+#define ZOL_FOLD_INLINE __forceinline
+#elif defined(__GNUC__)
+#define ZOL_FOLD_INLINE __attribute__((always_inline)) inline
+#else
+#define ZOL_FOLD_INLINE inline
+#endif
+
+// One run being folded: its cell, and the cell's running means held in locals, so that
+// no store into the cell sits on the chain from one point to the next.
+struct RunFold {
+    FuseCell* cell;
+    double* values;
+    Vector3 position, normal;
+    std::uint32_t weight;
+    int i, end;
+};
+
+// Starts folding \p run into \p cell; a new cell takes the run's first point as it is.
+ZOL_FOLD_INLINE void BeginRun(const FuseSource& src,
+                              int m,
+                              FuseCell* cell,
+                              double* values,
+                              bool inserted,
+                              const FuseRun& run,
+                              RunFold& f) {
+    f.cell = cell;
+    f.values = values;
+    f.i = run.begin;
+    f.end = run.End();
     if (inserted) {
-        cell->position = src.Point(begin);
-        if (fuseNormal) FuseCellStore::NormalOf(cell) = src.Normal(begin);
-        cell->weight = 1;
+        f.position = src.Point(f.i);
+        if (src.normals) f.normal = src.Normal(f.i);
+        f.weight = 1;
         for (int k = 0; k < m; ++k)
-            values[k] = src.attributes[static_cast<std::size_t>(begin) * m + k];
-        ++begin;
-    }
-    for (int i = begin; i < end; ++i) {
-        const double w = static_cast<double>(cell->weight);
-        const double W = w + 1.0;
-        cell->position = (cell->position * w + src.Point(i)) / W;
-        for (int k = 0; k < m; ++k)
-            values[k] = (w * values[k] + src.attributes[static_cast<std::size_t>(i) * m + k]) / W;
-        ++cell->weight;
-        if (fuseNormal) {
-            // Weighted by the weight after the increment; an opposite normal is flipped
-            // before it is added.
-            const Vector3 nu = src.Normal(i);
-            Vector3& normal = FuseCellStore::NormalOf(cell);
-            normal = normal * nu < 0.0 ? normal * W - nu : normal * W + nu;
-            normal.Normalise();
-        }
+            values[k] = src.attributes[static_cast<std::size_t>(f.i) * m + k];
+        ++f.i;
+    } else {
+        f.position = cell->position;
+        if (src.normals) f.normal = FuseCellStore::NormalOf(cell);
+        f.weight = cell->weight;
     }
 }
 
+// Folds the run's next point.
+ZOL_FOLD_INLINE void StepRun(const FuseSource& src, int m, RunFold& f) {
+    const double w = static_cast<double>(f.weight);
+    const double W = w + 1.0;
+    f.position = (f.position * w + src.Point(f.i)) / W;
+    for (int k = 0; k < m; ++k)
+        f.values[k] = (w * f.values[k] + src.attributes[static_cast<std::size_t>(f.i) * m + k]) / W;
+    ++f.weight;
+    if (src.normals) {
+        // Weighted by the weight after the increment; an opposite normal is flipped
+        // before it is added.
+        const Vector3 nu = src.Normal(f.i);
+        f.normal = f.normal * nu < 0.0 ? f.normal * W - nu : f.normal * W + nu;
+        f.normal.Normalise();
+    }
+    ++f.i;
+}
+
+// Writes the run's running means back into its cell.
+ZOL_FOLD_INLINE void EndRun(const FuseSource& src, RunFold& f) {
+    f.cell->position = f.position;
+    f.cell->weight = f.weight;
+    if (src.normals) FuseCellStore::NormalOf(f.cell) = f.normal;
+}
+
 // Folds a batch of runs: asks for their slots, reads the slots and asks for the cells
-// they suggest, then folds each run into its (checked) cell.
+// they suggest, checks each cell (or inserts it), then folds the runs. Every point costs
+// a chain of divisions and a square root that the next point of its cell waits for, so
+// two runs of different cells are folded side by side: their chains overlap. Each cell
+// still sees its points in order, so the result does not change.
 void FoldBatch(const FuseSource& src, FuseTree& tree, FoldRun* batch, int n) {
     const int m = tree.AttributeCount();
     for (int k = 0; k < n; ++k) tree.shards[batch[k].run->Shard()].PrefetchSlot(batch[k].run->hash);
@@ -154,6 +222,8 @@ void FoldBatch(const FuseSource& src, FuseTree& tree, FoldRun* batch, int n) {
         if (batch[k].id >= 0) __builtin_prefetch(shard.cells.At(batch[k].id));
 #endif
     }
+    FuseCell* cells[kBatch];
+    bool fresh[kBatch];
     for (int k = 0; k < n; ++k) {
         const FuseRun& run = *batch[k].run;
         FuseShard& shard = tree.shards[run.Shard()];
@@ -163,8 +233,31 @@ void FoldBatch(const FuseSource& src, FuseTree& tree, FoldRun* batch, int n) {
         // takes the full lookup.
         if (id < 0 || !(shard.cells.At(id)->key == run.key))
             id = shard.FindOrInsert(run.key, run.hash, inserted);
-        FoldRunPoints(src, m, shard.cells.At(id), m > 0 ? shard.attributes.At(id) : nullptr,
-                      inserted, run.begin, run.End());
+        batch[k].id = id;
+        cells[k] = shard.cells.At(id);
+        fresh[k] = inserted;
+    }
+    for (int k = 0; k < n;) {
+        const FuseRun& ra = *batch[k].run;
+        double* va = m > 0 ? tree.shards[ra.Shard()].attributes.At(batch[k].id) : nullptr;
+        RunFold a, b;
+        BeginRun(src, m, cells[k], va, fresh[k], ra, a);
+        if (k + 1 < n && cells[k + 1] != cells[k]) {
+            const FuseRun& rb = *batch[k + 1].run;
+            double* vb = m > 0 ? tree.shards[rb.Shard()].attributes.At(batch[k + 1].id) : nullptr;
+            BeginRun(src, m, cells[k + 1], vb, fresh[k + 1], rb, b);
+            while (a.i < a.end && b.i < b.end) {
+                StepRun(src, m, a);
+                StepRun(src, m, b);
+            }
+            while (b.i < b.end) StepRun(src, m, b);
+            EndRun(src, b);
+            k += 2;
+        } else {
+            k += 1;
+        }
+        while (a.i < a.end) StepRun(src, m, a);
+        EndRun(src, a);
     }
 }
 
