@@ -1,134 +1,18 @@
-// The passes of a fusion update. Mapping divides and hashes every point once, in slices
-// on the workers, and writes the runs of points in one cell; folding then reads the
-// runs, so a worker spends nothing on other workers' shards beyond one look at a record.
+// The folding pass of a fusion update: it reads the runs that mapping wrote, so a worker
+// spends nothing on other workers' shards beyond one look at a record.
 #include <zol/pointcloud/FuseFoldInternal.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <limits>
-
-#include <zol/runtime/Constants.h>
-#include <zol/runtime/LogInternal.h>
-#include <zol/runtime/ParallelInternal.h>
 
 namespace ZOL {
 
 namespace {
 
-// Below this many points the workers cost more than they save.
-const int kThreadedMinimum = 1 << 15;
-// The first cell index that no longer fits an int.
-const double kIndexLimit = 2147483648.0;
 // How many runs a folding worker looks up at once: their slots, then their cells, are
 // asked for together so that many misses are under way at a time, and the batch's lines
 // still sit in the first-level cache when it is folded.
 const int kBatch = 128;
-
-const ParallelLines kFuseLines = {
-    "FusePointCloud::UpdateFuseFunction",
-    "FusePointCloud::UpdateFuseFunction: ThreadPool InsertTask FuseCellsMT Failed"};
-
-// Runs body(t, n) over n slices: inline for one, else on the workers.
-template <typename Body>
-int RunSlices(int taskCount, const Body& body) {
-    if (taskCount == 1) {
-        body(0, 1);
-        return RESULT_OK;
-    }
-    return ParallelFor(taskCount, body, kFuseLines);
-}
-
-bool IsFinite(const Vector3& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
-
-// The first refused point of one slice, its runs, and its points dropped by the range
-// rule; a cache line of its own, so that the workers filling neighbours do not share one.
-struct alignas(64) SliceMap {
-    int badCoord = -1;
-    int badNormal = -1;
-    int runCount = 0;
-    long long dropped = 0;
-    std::size_t shardRuns[FuseTree::kShardCount] = {};
-};
-
-// The largest normal component whose moved normal cannot overflow: below it a finite
-// normal needs no moving to be checked. 0 when the transform is not finite, so that every
-// normal is moved and checked.
-double NormalBound(const FuseSource& src) {
-    double largest = 1.0;
-    for (int r = 0; src.moved && r < 3; ++r) {
-        for (int c = 0; c < 3; ++c) {
-            const double entry = std::fabs(src.m[4 * r + c]);
-            if (!std::isfinite(entry)) return 0.0;
-            largest = std::max(largest, entry);
-        }
-    }
-    // Three products of at most largest * bound each stay below three quarters of the
-    // largest double.
-    return std::numeric_limits<double>::max() / (4.0 * largest);
-}
-
-// Maps points [first, last) into \p runs and stops at the first one refused. A run starts
-// at the slice's first point, so that slices need not see each other's points. The open
-// run's key and length stay in registers; its record gets the length when it closes.
-// Points that are inside, with a normal in bound, take no further test: a non-finite
-// coordinate always fails the range test, and is told from a dropped point only then.
-void MapSlice(const FuseSource& src, int first, int last, FuseRun* runs, SliceMap& slice) {
-    FuseRun* next = runs;
-    FuseCellKey previous{-1, -1, -1};
-    std::uint32_t length = 0;
-    const double bound = NormalBound(src);
-    for (int i = first; i < last; ++i) {
-        const Vector3 p = src.Point(i);
-        // The one-sided range rule: below bboxMin, or past the int range, is dropped.
-        double q[3];
-        bool inside = true;
-        for (int a = 0; a < 3; ++a) {
-            q[a] = (p[a] - src.origin[a]) / src.h[a];
-            inside = inside & (q[a] >= 0.0) & (q[a] < kIndexLimit);
-        }
-        if (src.normals) {
-            const double* v = src.normals + 3 * static_cast<std::size_t>(i);
-            inside = inside & (std::fabs(v[0]) <= bound) & (std::fabs(v[1]) <= bound) &
-                     (std::fabs(v[2]) <= bound);
-        }
-        if (!inside) {
-            if (!IsFinite(p)) {
-                slice.badCoord = i;
-                return;
-            }
-            if (src.normals && !IsFinite(src.Normal(i))) {
-                slice.badNormal = i;
-                return;
-            }
-            bool inRange = true;
-            for (int a = 0; a < 3; ++a) inRange = inRange && q[a] >= 0.0 && q[a] < kIndexLimit;
-            if (!inRange) {
-                ++slice.dropped;
-                previous = FuseCellKey{-1, -1, -1};
-                continue;
-            }
-        }
-        const FuseCellKey key{static_cast<int>(q[0]), static_cast<int>(q[1]),
-                              static_cast<int>(q[2])};
-        if (key == previous && length < FuseRun::kMaxLength) {
-            ++length;
-            continue;
-        }
-        if (next != runs) next[-1].lengthShard |= length;
-        const std::uint64_t hash = FuseTree::Hash(key);
-        const int shard = FuseTree::ShardOf(hash);
-        *next++ = FuseRun{key, static_cast<std::uint32_t>(hash), i,
-                          static_cast<std::uint32_t>(shard) << FuseRun::kLengthBits};
-        ++slice.shardRuns[shard];
-        previous = key;
-        length = 1;
-    }
-    if (next != runs) next[-1].lengthShard |= length;
-    slice.runCount = static_cast<int>(next - runs);
-}
 
 // A run of the worker's shards and the cell that the slots suggest for it (-1: none yet).
 struct FoldRun {
@@ -285,38 +169,12 @@ void FoldShards(
 
 }  // namespace
 
-FuseMapResult MapFusePoints(const FuseSource& src, int pointCount, FuseTree& tree) {
-    FuseMapResult result;
-    const int taskCount = pointCount < kThreadedMinimum ? 1 : ParallelTaskCount(pointCount);
-    FuseRun* runs = tree.runs.Get(static_cast<std::size_t>(pointCount));
-    std::vector<SliceMap> slices(taskCount);
-    result.status = RunSlices(taskCount, [&](int t, int n) {
-        const int first = SliceBegin(pointCount, t, n);
-        MapSlice(src, first, SliceBegin(pointCount, t + 1, n), runs + first, slices[t]);
-    });
-    if (result.status != RESULT_OK) return result;
-    result.shardRuns.assign(FuseTree::kShardCount, 0);
-    for (int t = 0; t < taskCount; ++t) {
-        const SliceMap& slice = slices[t];
-        if (slice.badCoord >= 0 || slice.badNormal >= 0) {
-            result.badCoord = slice.badCoord;
-            result.badNormal = slice.badNormal;
-            return result;
-        }
-        for (int s = 0; s < FuseTree::kShardCount; ++s) result.shardRuns[s] += slice.shardRuns[s];
-        result.sliceFirst.push_back(SliceBegin(pointCount, t, taskCount));
-        result.sliceRuns.push_back(slice.runCount);
-        result.dropped += slice.dropped;
-    }
-    return result;
-}
-
 int FoldFusePoints(const FuseSource& src,
                    int pointCount,
                    const FuseMapResult& map,
                    FuseTree& tree) {
-    const int taskCount = pointCount < kThreadedMinimum ? 1 : ParallelTaskCount(pointCount);
-    return RunSlices(std::min(taskCount, FuseTree::kShardCount), [&](int t, int n) {
+    const int taskCount = FuseTaskCount(pointCount);
+    return RunFuseSlices(std::min(taskCount, FuseTree::kShardCount), [&](int t, int n) {
         const int first = SliceBegin(FuseTree::kShardCount, t, n);
         const int last = SliceBegin(FuseTree::kShardCount, t + 1, n);
         for (int s = first; s < last; ++s) {
@@ -324,11 +182,6 @@ int FoldFusePoints(const FuseSource& src,
         }
         FoldShards(src, map, tree, first, last);
     });
-}
-
-void LogDroppedPoints(const FuseMapResult& map) {
-    for (long long i = 0; i < map.dropped; ++i)
-        LogLine("FusePointCloud::UpdateFuseFunction: point is out of range");
 }
 
 }  // namespace ZOL

@@ -7,6 +7,8 @@
 
 #include <zol/core/Vector3.h>
 #include <zol/pointcloud/FuseTreeInternal.h>
+#include <zol/runtime/Constants.h>
+#include <zol/runtime/ParallelInternal.h>
 
 namespace ZOL {
 
@@ -37,6 +39,29 @@ struct FuseSource {
                        m[8] * v[0] + m[9] * v[1] + m[10] * v[2]);
     }
 };
+
+/// Below this many points an update runs on the calling thread: workers would cost more
+/// than they save.
+constexpr int kFuseThreadedMinimum = 1 << 15;
+
+/// The workers of an update of \p pointCount points.
+inline int FuseTaskCount(int pointCount) {
+    return pointCount < kFuseThreadedMinimum ? 1 : ParallelTaskCount(pointCount);
+}
+
+/// Runs body(t, n) over \p taskCount slices of an update: inline for one, else on the
+/// workers.
+template <typename Body>
+int RunFuseSlices(int taskCount, const Body& body) {
+    if (taskCount == 1) {
+        body(0, 1);
+        return RESULT_OK;
+    }
+    static const ParallelLines lines = {
+        "FusePointCloud::UpdateFuseFunction",
+        "FusePointCloud::UpdateFuseFunction: ThreadPool InsertTask FuseCellsMT Failed"};
+    return ParallelFor(taskCount, body, lines);
+}
 
 /// What the mapping pass found.
 struct FuseMapResult {
