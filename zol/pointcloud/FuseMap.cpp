@@ -63,7 +63,7 @@ const int kMapBlock = 256;
 // point may skip further tests (inside, and a normal in bound).
 struct MapBlock {
     double q[3][kMapBlock];
-    int key[3][kMapBlock];  ///< q truncated; meaningful where plain
+    int key[3][kMapBlock];  ///< q truncated; meaningful where q is in range
     bool plain[kMapBlock];
 };
 
@@ -74,8 +74,9 @@ void MovePoint(const FuseSource& src, double bound, int i, int j, MapBlock& bloc
     for (int a = 0; a < 3; ++a) {
         const double q = (p[a] - src.origin[a]) / src.h[a];
         block.q[a][j] = q;
-        plain = plain & (q >= 0.0) & (q < kIndexLimit);
-        block.key[a][j] = plain ? static_cast<int>(q) : -1;
+        const bool inRange = q >= 0.0 && q < kIndexLimit;
+        block.key[a][j] = inRange ? static_cast<int>(q) : -1;
+        plain = plain & inRange;
     }
     if (src.normals) {
         const double* v = src.normals + 3 * static_cast<std::size_t>(i);
@@ -125,7 +126,7 @@ void MoveBlock(const FuseSource& src, double bound, int first, int count, MapBlo
             const __m128d q =
                 _mm_div_pd(_mm_sub_pd(p[a], _mm_set1_pd(src.origin[a])), _mm_set1_pd(src.h[a]));
             _mm_storeu_pd(&block.q[a][j], q);
-            // Lanes out of the int range get the indefinite value; they are not plain.
+            // Lanes out of the int range get the indefinite value; only keys in range are read.
             _mm_storel_epi64(reinterpret_cast<__m128i*>(&block.key[a][j]), _mm_cvttpd_epi32(q));
             plain = _mm_and_pd(plain, _mm_and_pd(_mm_cmpge_pd(q, zero), _mm_cmplt_pd(q, limit)));
         }
@@ -177,11 +178,7 @@ void MapSlice(const FuseSource& src, int first, int last, FuseRun* runs, SliceMa
                     continue;
                 }
             }
-            const FuseCellKey key =
-                block.plain[j]
-                    ? FuseCellKey{block.key[0][j], block.key[1][j], block.key[2][j]}
-                    : FuseCellKey{static_cast<int>(block.q[0][j]), static_cast<int>(block.q[1][j]),
-                                  static_cast<int>(block.q[2][j])};
+            const FuseCellKey key{block.key[0][j], block.key[1][j], block.key[2][j]};
             if (key == previous && length < FuseRun::kMaxLength) {
                 ++length;
                 continue;
